@@ -1,0 +1,9 @@
+#pragma once
+
+/// The whole library.
+
+#include <QuorScriptor/GlibCallbacks.h>
+#include <QuorScriptor/GlibStatus.h>
+#include <QuorScriptor/QuorGlibScriptor.h>
+#include <QuorScriptor/QuorGlibScriptorHelper.h>
+#include <QuorScriptor/quorlua.h>

@@ -1,0 +1,9 @@
+#pragma once
+
+/// Everything that the library exports in the namespace `quorlua`.
+
+#include <QuorScriptor/LuaModules.h>
+#include <QuorScriptor/ScriptContext.h>
+#include <QuorScriptor/geometry.h>
+#include <QuorScriptor/luacall.h>
+#include <QuorScriptor/primitives.h>

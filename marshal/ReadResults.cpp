@@ -1,0 +1,234 @@
+#include "CallFormats.h"
+#include "Guard.h"
+#include "Values.h"
+#include "duplicateText.h"
+
+#include <QuorPureScriptor/lua_tinker.h>
+#include <QuorPureScriptor/quorlua_helpers.h>
+#include <QuorScriptor/geometry.h>
+#include <QuorScriptor/primitives.h>
+#include <cstdlib>
+#include <cstring>
+
+namespace quorlua::call {
+namespace {
+
+template<char letter>
+typename CallLetter<letter>::Result& output(const CallItem& item)
+{
+    return *static_cast<typename CallLetter<letter>::Result*>(const_cast<void*>(item.address));
+}
+
+/// Bytes of a Lua string; they live as long as the string.
+struct Bytes {
+    const char* data = nullptr;
+    std::size_t size = 0;
+};
+
+/// The text of a string, or of a number, which is turned into a string where it stands, as the interpreter
+/// would, but without asking the locale. False for other values.
+bool readText(lua_State* L, int index, Bytes& bytes)
+{
+    if (lua_type(L, index) == LUA_TNUMBER) {
+        char text[32];
+        const std::size_t size = numberText(lua_tonumber(L, index), text);
+        const bool made = guard::run(L, [&text, size](lua_State* frame) {
+            lua_pushlstring(frame, text, size);
+            return 1;
+        });
+        if (!made) return false;
+        lua_replace(L, index);
+    }
+    if (lua_type(L, index) != LUA_TSTRING) return false;
+    bytes.data = lua_tolstring(L, index, &bytes.size);
+    return true;
+}
+
+quor_binary duplicateBytes(const Bytes& bytes)
+{
+    quor_binary copy;
+    if (bytes.size == 0 || bytes.size > 0x7FFFFFFF) return copy;
+    copy.data = static_cast<char*>(std::malloc(bytes.size));
+    if (!copy.data) return copy;
+    std::memcpy(copy.data, bytes.data, bytes.size);
+    copy.length = static_cast<int>(bytes.size);
+    return copy;
+}
+
+/// Replaces a vector by what `read(fresh)` appends to an empty one, whether it succeeds or not.
+template<char letter, class Read>
+void replaceVector(const CallItem& item, Read read)
+{
+    typename CallLetter<letter>::Result fresh;
+    read(fresh);
+    output<letter>(item) = std::move(fresh);
+}
+
+/// One table of a 'b' result as records; its keys become texts, its values numbers or texts or nothing.
+void readMap(lua_State* L, int index, std::vector<KVParams>& records)
+{
+    for (lua_pushnil(L); lua_next(L, index) != 0; lua_pop(L, 1)) {
+        KVParams record;
+        if (lua_type(L, -2) == LUA_TSTRING) {
+            std::size_t size = 0;
+            const char* key = lua_tolstring(L, -2, &size);
+            record.key.assign(key, size);
+        } else if (lua_type(L, -2) == LUA_TNUMBER) {
+            record.key = numberText(lua_tonumber(L, -2));
+        }
+        if (lua_type(L, -1) == LUA_TNUMBER) {
+            record.value = KVValue::ofDouble(lua_tonumber(L, -1));
+        } else if (lua_type(L, -1) == LUA_TSTRING) {
+            std::size_t size = 0;
+            const char* text = lua_tolstring(L, -1, &size);
+            record.value = KVValue::ofString(std::string(text, size));
+        }
+        records.push_back(std::move(record));
+    }
+}
+
+/// The reader of a 'b' result: ends at the first value that is no table.
+void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
+{
+    const int top = lua_gettop(L);
+    for (lua_pushnil(L); lua_next(L, index) != 0 && lua_istable(L, -1); lua_pop(L, 1)) {
+        maps.emplace_back();
+        readMap(L, top + 2, maps.back());
+    }
+    lua_settop(L, top);
+}
+
+void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+{
+    switch (letter) {
+    case 'p': {
+        KxGePoint3D point;
+        getAKxGePoint(L, index, point);
+        output<'p'>(item) = point;
+        break;
+    }
+    case 'v': {
+        KxGeVector3D vector;
+        getAKxGeVector(L, index, vector);
+        output<'v'>(item) = vector;
+        break;
+    }
+    case 'X': {
+        KxGeMatrix3D matrix;
+        getMatrix(L, index, matrix);
+        output<'X'>(item) = matrix;
+        break;
+    }
+    case 'P':
+        replaceVector<'P'>(item, [&](auto& fresh) { getKxGePointArray(L, index, fresh); });
+        break;
+    case 'O':
+        replaceVector<'O'>(item, [&](auto& fresh) { getKxDbObjectIdArray(L, index, fresh); });
+        break;
+    case 'S':
+        replaceVector<'S'>(item, [&](auto& fresh) { getStringArray(L, index, fresh); });
+        break;
+    case 'g':
+        replaceVector<'g'>(item, [&](auto& fresh) { values::readPolyline(L, index, fresh); });
+        break;
+    case 'l':
+        replaceVector<'l'>(item, [&](auto& fresh) { values::readPolylines(L, index, fresh); });
+        break;
+    case 'm':
+        replaceVector<'m'>(item, [&](auto& fresh) { getParams(L, index, fresh, false); });
+        break;
+    case 'M':
+        replaceVector<'M'>(item, [&](auto& fresh) { getParams_note(L, index, fresh, false); });
+        break;
+    case 'a':
+        replaceVector<'a'>(item, [&](auto& fresh) { getArrayParams(L, index, fresh, false); });
+        break;
+    case 'B':
+        replaceVector<'B'>(item, [&](auto& fresh) { getArrayParams(L, index, fresh, false); });
+        break;
+    case 'b':
+        replaceVector<'b'>(item, [&](auto& fresh) { readMaps(L, index, fresh); });
+        break;
+    case 'k':
+        replaceVector<'k'>(item, [&](auto& fresh) { getKVdataArray(L, index, fresh, false); });
+        break;
+    case 'T':
+        replaceVector<'T'>(item,
+                           [&](auto& fresh) { static_cast<void>(parse_primary_byidx(L, index, fresh)); });
+        break;
+    case 'c':
+        output<'c'>(item).assign(L, index);
+        kept = index;
+        break;
+    default: // 't'
+        output<'t'>(item) = new lua_tinker::table(L, index);
+        kept = index;
+    }
+}
+
+void readResult(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+{
+    const int type = lua_type(L, index);
+    const bool idType = type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
+    Bytes bytes;
+    switch (letter) {
+    case 'i':
+        if (type == LUA_TBOOLEAN) output<'i'>(item) = lua_toboolean(L, index);
+        if (type == LUA_TNUMBER)
+            output<'i'>(item) = static_cast<int>(values::toInteger(lua_tonumber(L, index)));
+        break;
+    case 'n':
+        if (type == LUA_TBOOLEAN) output<'n'>(item) = lua_toboolean(L, index) != 0;
+        break;
+    case 'd':
+        values::readNumeric(L, index, output<'d'>(item));
+        break;
+    case 'I':
+        if (idType) output<'I'>(item) = lua_tinker::read<long long>(L, index);
+        break;
+    case 's':
+        if (type == LUA_TNIL) output<'s'>(item) = nullptr;
+        if (readText(L, index, bytes)) output<'s'>(item) = duplicateText(bytes.data);
+        break;
+    case 'r':
+        if (readText(L, index, bytes)) output<'r'>(item).assign(bytes.data, bytes.size);
+        break;
+    case 'y':
+        if (readText(L, index, bytes)) output<'y'>(item) = duplicateBytes(bytes);
+        break;
+    case 'u':
+        output<'u'>(item) = lua_touserdata(L, index);
+        break;
+    case 'o':
+        if (idType) {
+            KxDbObjectId id;
+            getAKxDbObjectId(L, index, id);
+            output<'o'>(item) = id;
+        }
+        break;
+    default:
+        if (type == LUA_TTABLE) readTable(L, index, letter, item, kept);
+    }
+}
+
+} // namespace
+
+bool readResultsByFormat(lua_State* L, const char* format, const CallItem* items, int* kept)
+{
+    const int count = static_cast<int>(std::strlen(format));
+    if (count == 0) return true;
+    const int first = lua_gettop(L) - count + 1;
+    bool allNil = true;
+    for (int i = 0; i < count && allNil; ++i)
+        allNil = lua_isnil(L, first + i);
+    if (allNil) return false;
+    int highest = 0;
+    for (int i = 0; i < count; ++i) {
+        if (kindsOf(format[i]).result == CallItemKind::None) return false;
+        readResult(L, first + i, format[i], items[i], highest);
+        if (kept && highest > *kept) *kept = highest;
+    }
+    return true;
+}
+
+} // namespace quorlua::call

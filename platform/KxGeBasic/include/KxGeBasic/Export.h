@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QuorExport.h>
+
+#if defined(KxGeBasic_EXPORTS)
+#define KXGEBASIC_API QUOR_EXPORT
+#else
+#define KXGEBASIC_API QUOR_IMPORT
+#endif

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QuorExport.h>
+
+#if defined(QuorCommon_EXPORTS)
+#define QUORCOMMON_API QUOR_EXPORT
+#else
+#define QUORCOMMON_API QUOR_IMPORT
+#endif

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QuorExport.h>
+
+#if defined(QuorMsgHandle_EXPORTS)
+#define QUORMSGHANDLE_API QUOR_EXPORT
+#else
+#define QUORMSGHANDLE_API QUOR_IMPORT
+#endif

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QuorExport.h>
+
+#if defined(QuorPrimary_EXPORTS)
+#define QUORPRIMARY_API QUOR_EXPORT
+#else
+#define QUORPRIMARY_API QUOR_IMPORT
+#endif

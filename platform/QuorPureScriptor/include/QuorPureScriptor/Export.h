@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QuorExport.h>
+
+#if defined(QuorPureScriptor_EXPORTS)
+#define QUORPURESCRIPTOR_API QUOR_EXPORT
+#else
+#define QUORPURESCRIPTOR_API QUOR_IMPORT
+#endif

@@ -1,0 +1,334 @@
+#include "ScriptSession.h"
+
+#include "Failure.h"
+#include "ParameterValue.h"
+#include "Terminal.h"
+
+#include <QuorCommon/QuorCommon.h>
+#include <QuorMsgHandle/QuorMsgHandle.h>
+#include <QuorPureScriptor/lua_tinker.h>
+#include <QuorPureScriptor/quorlua_helpers.h>
+#include <QuorScriptor/LuaModules.h>
+#include <algorithm>
+#include <filesystem>
+
+namespace quor {
+namespace {
+
+namespace fs = std::filesystem;
+using Quor::GlibStatus;
+
+/// `acadui.printf(text)`, which every state then takes as its "_ALERT" too. [-?, +0, -]
+int showText(lua_State* L)
+{
+    char digits[32] = "";
+    std::size_t length = 0;
+    const char* text = digits;
+    if (lua_type(L, 1) == LUA_TSTRING)
+        text = lua_tolstring(L, 1, &length);
+    else if (lua_type(L, 1) == LUA_TNUMBER)
+        length = quorlua::numberText(lua_tonumber(L, 1), digits);
+    else
+        return 0;
+    terminal::showMessage(std::string_view(text, length));
+    return 0;
+}
+
+constexpr luaL_Reg messageFunctions[] = {{"printf", showText}, {nullptr, nullptr}};
+
+/// The name of the command's own Lua code.
+constexpr const char* commandChunk = "=quor";
+
+/// Standard output is for results: what a script prints is for people. And a script is a guest, here as in
+/// the CAD program: were it to end the process, no drawing would come and nobody would learn why.
+constexpr char guestRules[] = R"(
+local show, text, join, select = acadui.printf, tostring, table.concat, select
+function print(...)
+    local parts = {}
+    for i = 1, select("#", ...) do parts[i] = text((select(i, ...))) end
+    show(join(parts, "\t"))
+end
+io.output(io.stderr)
+io.stdout = io.stderr
+local fail = error
+function os.exit() fail("os.exit: a script cannot end the program that draws it", 2) end
+)";
+
+constexpr const char* scriptHelp =
+    R"(SCRIPT is a path from the working folder, else one in the project, in the project's folder "components", or in
+the installation: the first that exists.
+
+A value of --set has the type that the script's table "param" holds under that name: a number, true or false, a
+point x,y,z, or text. Under another name it has the first of these types that fits. Parameters that are not given
+keep the script's values.
+
+Units: lengths in millimetres, or in the unit that the factor starts from; angles in degrees. The factor multiplies
+each number given, unless the script's table "skey" says that it is a quantity or an angle; where --factor is given,
+the script is told it as glb.factor. Nothing else is scaled.
+
+Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.)";
+
+void setFolder(void (*set)(const char*), const std::string& folder, const char* option)
+{
+    if (folder.empty()) return;
+    std::error_code error;
+    if (!fs::is_directory(folder, error))
+        throw Failure(WrongUsage, fmt::format("{} {}: a folder is expected; there is none", option, folder));
+    set(folder.c_str());
+}
+
+bool exists(const std::string& path)
+{
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+struct Global {
+    std::string name;
+    /// Where a function written in Lua comes from; empty and 0 for every other value.
+    std::string source;
+    int line = 0;
+};
+
+/// The globals whose names are strings, in the order of these. Calls nothing that can raise.
+std::vector<Global> globalsOf(lua_State* L)
+{
+    std::vector<Global> globals;
+    const int top = lua_gettop(L);
+    for (lua_pushnil(L); lua_next(L, LUA_GLOBALSINDEX) != 0; lua_settop(L, top + 1)) {
+        if (lua_type(L, -2) != LUA_TSTRING) continue;
+        std::size_t length = 0;
+        const char* name = lua_tolstring(L, -2, &length);
+        Global& global = globals.emplace_back();
+        global.name.assign(name, length);
+        if (!lua_isfunction(L, -1) || lua_iscfunction(L, -1)) continue;
+        lua_Debug function;
+        lua_pushvalue(L, -1);
+        lua_getinfo(L, ">S", &function);
+        global.source = function.source;
+        global.line = function.linedefined;
+    }
+    lua_settop(L, top);
+    std::sort(globals.begin(), globals.end(),
+              [](const Global& one, const Global& other) { return one.name < other.name; });
+    return globals;
+}
+
+std::string describe(GlibStatus status, const char* meaning)
+{
+    return fmt::format("status {}: {}", static_cast<int>(status), meaning);
+}
+
+std::string describe(GlibStatus status)
+{
+    return describe(status, meaningOf(status));
+}
+
+/// The host's codes for what a failed call of a segment ended in.
+constexpr int segmentRaisedError = 2003;
+constexpr int segmentGaveNoPrimitives = 2007;
+
+std::string describeCall(GlibStatus status)
+{
+    const int reason = kxcom::getQuorLastErrorCode();
+    if (status != GlibStatus::ScriptFailed) return describe(status);
+    if (reason == segmentRaisedError) return describe(status, "the segment raised an error");
+    if (reason == segmentGaveNoPrimitives)
+        return describe(status, "the segment did not return a table of primitives");
+    return describe(status);
+}
+
+} // namespace
+
+const char* meaningOf(GlibStatus status)
+{
+    switch (status) {
+    case GlibStatus::Ok:
+        return "done";
+    case GlibStatus::FileNotExamined:
+        return "there is no such file, or it cannot be examined";
+    case GlibStatus::NoState:
+        return "there is no Lua state";
+    case GlibStatus::ScriptFailed:
+        return "the script failed";
+    case GlibStatus::ValueMissing:
+        return "a value of the table \"glb\" is missing";
+    case GlibStatus::SegmentMissing:
+        return "the script has no segment of that name";
+    case GlibStatus::InvalidArgument:
+        return "an argument is not valid";
+    case GlibStatus::TableMissing:
+        return "the script has no table of that name";
+    case GlibStatus::BufferRefused:
+        return "a script from a file takes no buffer";
+    }
+    return "unknown";
+}
+
+void addScriptOptions(CLI::App& command, ScriptOptions& options)
+{
+    command.add_option("SCRIPT", options.script, "The component's script")->required()->type_name("");
+    command
+        .add_option("--set", options.settings,
+                    "Writes a parameter into the script's table \"param\"; may be given many times")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+    command.add_option("--factor", options.factor, "Multiplies the lengths that --set gives; default 1")
+        ->type_name("F");
+    command
+        .add_option(
+            "--installation", options.installation,
+            "The installation's folder; default QUOR_INSTALLATION, else the folder beside the program")
+        ->type_name("DIR");
+    command
+        .add_option("--project", options.project,
+                    "The project's folder; default QUOR_PROJECT, else \"project\" in the installation")
+        ->type_name("DIR");
+    command.add_flag("-q,--quiet", options.quiet, "Leaves out the line that sums up what was done");
+    command.footer(scriptHelp);
+}
+
+ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
+{
+    if (options.script.empty())
+        throw Failure(WrongUsage, "SCRIPT: the path of a script is expected; it is empty");
+    factor_ = readFactor(options.factor, "--factor");
+    checkParameters(options.settings);
+    setFolder(QuorSystem::setInstallationFolder, options.installation, "--installation");
+    setFolder(QuorSystem::setProjectFolder, options.project, "--project");
+    terminal::expectPath(QuorSystem::quorEnv());
+    terminal::expectPath(QuorSystem::getCurrentProjPath());
+    kxcom::setMessageSink(terminal::showMessage, nullptr);
+    kxcom::clearQuorLastError();
+    static const bool registered = (quorlua::addRegLuaModule("acadui", messageFunctions), true);
+    static_cast<void>(registered);
+
+    searched_ = {options.script};
+    if (fs::path(options.script).is_relative()) {
+        searched_.emplace_back(QuorSystem::getProjectFileFullPath(options.script.c_str()));
+        searched_.emplace_back(QuorSystem::getProjectFileFullPath("components", options.script.c_str()));
+        searched_.emplace_back(QuorSystem::getFullQuorName(options.script.c_str()));
+    }
+    const auto found = std::find_if(searched_.begin(), searched_.end(), exists);
+    path_ = found == searched_.end() ? options.script : *found;
+    name_ = fs::path(path_).filename().string();
+    if (name_.empty()) name_ = path_;
+    terminal::expectPath(path_);
+}
+
+ScriptSession::~ScriptSession()
+{
+    scriptor_.reset();
+    kxcom::setMessageSink(nullptr, nullptr);
+}
+
+void ScriptSession::load()
+{
+    loadFile();
+    writeParameters();
+}
+
+void ScriptSession::loadFile()
+{
+    scriptor_ = std::make_unique<QuorGlibScriptor>();
+    lua_State* L = scriptor_->getLua(false);
+    if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path_, describe(GlibStatus::NoState)));
+    lua_tinker::dobuffer(L, guestRules, sizeof guestRules - 1, commandChunk);
+    for (const Global& global : globalsOf(L))
+        globalsBefore_.push_back(global.name);
+
+    const GlibStatus status = scriptor_->loadFile(path_.c_str(), false);
+    if (status == GlibStatus::Ok) return;
+    const std::string reason = status == GlibStatus::ScriptFailed
+                                   ? describe(status, "it cannot be read, compiled or run to its end")
+                                   : describe(status);
+    std::string text = fmt::format("{}: {}", path_, reason);
+    if (status == GlibStatus::FileNotExamined && searched_.size() > 1) {
+        text += "\nlooked for:";
+        for (const std::string& path : searched_)
+            text += "\n  " + path;
+    }
+    throw Failure(ScriptFailed, text);
+}
+
+void ScriptSession::writeParameters()
+{
+    if (options_.factorGiven && !scriptor_->setConstFactor(factor_))
+        terminal::say("{}: the script has no table \"glb\", so it is not told the factor", path_);
+
+    std::vector<KVParams> held;
+    const bool hasParameters = scriptor_->getParams_std("param", held) == GlibStatus::Ok;
+    const std::vector<KVParams> given = readParameters(options_.settings, held);
+    if (given.empty()) return;
+    if (hasParameters && scriptor_->setKeyValues(given, factor_)) return;
+    const GlibStatus status = hasParameters ? GlibStatus::ScriptFailed : GlibStatus::TableMissing;
+    throw Failure(ScriptFailed, fmt::format("{}: \"param\" cannot be written: {}", path_, describe(status)));
+}
+
+std::vector<std::string> ScriptSession::ownFunctions() const
+{
+    const std::vector<Global> globals = globalsOf(scriptor_->getLua(false));
+    std::vector<std::string> own;
+    std::vector<std::string> added;
+    for (const Global& global : globals) {
+        if (global.source.empty() || global.source == commandChunk) continue;
+        if (global.source == "@" + path_) own.push_back(global.name);
+        if (!std::binary_search(globalsBefore_.begin(), globalsBefore_.end(), global.name))
+            added.push_back(global.name);
+    }
+    // Precompiled scripts may name another file; what they added is then taken for their own.
+    return own.empty() ? added : own;
+}
+
+std::string ScriptSession::listOfFunctions() const
+{
+    const std::vector<std::string> names = ownFunctions();
+    if (names.empty()) return "it defines no global function";
+    std::string list = "its functions are:";
+    for (const std::string& name : names)
+        list += "\n  " + terminal::fromGbk(name);
+    return list;
+}
+
+bool ScriptSession::hasGlobal(std::string_view name) const
+{
+    lua_State* L = scriptor_->getLua(false);
+    if (quorlua::is_global_function(L, std::string(name).c_str())) return true;
+    // Other values count as well: calling them fails, and the failure says more than "missing" would.
+    const std::vector<Global> globals = globalsOf(L);
+    return std::any_of(globals.begin(), globals.end(),
+                       [name](const Global& global) { return global.name == name; });
+}
+
+std::string ScriptSession::chooseSegment(const std::string& wanted)
+{
+    if (!wanted.empty()) return terminal::gbkFrom(wanted, "--segment " + wanted);
+    if (hasGlobal("main")) return "main";
+    const std::vector<std::string> names = ownFunctions();
+    if (names.size() == 1) return names.front();
+    throw Failure(WrongUsage, fmt::format("{}: --segment is expected, since the script has no \"main\"; {}",
+                                          path_, listOfFunctions()));
+}
+
+/// "FILE:LINE: segment NAME", the line where the segment begins, when it is known.
+std::string ScriptSession::placeOf(const std::string& segment) const
+{
+    std::string place = path_;
+    for (const Global& global : globalsOf(scriptor_->getLua(false))) {
+        if (global.name == segment && global.source == "@" + path_) place += fmt::format(":{}", global.line);
+    }
+    return fmt::format("{}: segment {}", place, terminal::fromGbk(segment));
+}
+
+void ScriptSession::checkSegment(GlibStatus status, const std::string& segment)
+{
+    if (status == GlibStatus::Ok) return;
+    std::string text = fmt::format("{}: {}", placeOf(segment), describeCall(status));
+    const std::string reason = kxcom::getQuorLastErrorText();
+    if (!reason.empty())
+        text += fmt::format("\n{} (error {})", terminal::fromGbk(reason), kxcom::getQuorLastErrorCode());
+    if (status == GlibStatus::SegmentMissing) text += "\n" + listOfFunctions();
+    throw Failure(ScriptFailed, text);
+}
+
+} // namespace quor

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <QuorScriptor/QuorGlibScriptor.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quor {
+
+/// What every subcommand that runs a component's script takes.
+struct ScriptOptions {
+    std::string script;
+    std::vector<std::string> settings;
+    std::string factor = "1";
+    bool factorGiven = false;
+    std::string installation;
+    std::string project;
+    bool quiet = false;
+};
+
+/// Adds SCRIPT and the options, which must outlive the command.
+void addScriptOptions(CLI::App& command, ScriptOptions& options);
+
+/// A script, found when the session is made, and loaded into a scriptor of its own as a host does it: folders
+/// are set, messages go to standard error, the factor, if it is given, and the parameters are written. What
+/// the script prints goes to standard error as well, and it cannot end the program. One session at a time.
+///
+/// Every failure is a `Failure`: of the script, with the status and what it means, or of usage.
+class ScriptSession {
+public:
+    /// The options must outlive the session.
+    explicit ScriptSession(const ScriptOptions& options);
+    ~ScriptSession();
+    ScriptSession(const ScriptSession&) = delete;
+    ScriptSession& operator=(const ScriptSession&) = delete;
+
+    /// Runs the script and writes the parameters; once, before what follows.
+    void load();
+
+    QuorGlibScriptor& scriptor() { return *scriptor_; }
+    /// The path under which the script was found.
+    const std::string& path() const { return path_; }
+    /// The script's file name without its folder, as the system writes it.
+    const std::string& name() const { return name_; }
+
+    /// The segment to call, in GBK: `wanted` (as an argument), where it is not empty; else "main"; else the
+    /// one global function that the script defines.
+    std::string chooseSegment(const std::string& wanted);
+
+    /// Throws what is to be said when `status`, of a call of the segment, is not Ok.
+    void checkSegment(Quor::GlibStatus status, const std::string& segment);
+
+private:
+    void loadFile();
+    void writeParameters();
+    std::vector<std::string> ownFunctions() const;
+    std::string listOfFunctions() const;
+    std::string placeOf(const std::string& segment) const;
+    bool hasGlobal(std::string_view name) const;
+
+    const ScriptOptions& options_;
+    double factor_ = 1;
+    std::string path_;
+    std::string name_;
+    std::vector<std::string> searched_;
+    std::vector<std::string> globalsBefore_;
+    std::unique_ptr<QuorGlibScriptor> scriptor_;
+};
+
+/// What a status means, in words.
+const char* meaningOf(Quor::GlibStatus status);
+
+} // namespace quor

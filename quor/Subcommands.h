@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace quor {
+
+/// Puts what a subcommand does, when it is the one that was asked for, into `action`; it throws `Failure`.
+using Action = std::function<void()>;
+
+void addDraw(CLI::App& program, Action& action);
+
+} // namespace quor

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <fmt/format.h>
+#include <string>
+#include <string_view>
+
+/// What passes between the command and whoever runs it. Arguments, file names and what is printed are in the
+/// terminal's character set: that of LC_ALL, LC_CTYPE or LANG, be their locale on this system or not; where
+/// these name none but ASCII, UTF-8. The locale decides nothing else: the process itself stays in the locale
+/// "C".
+namespace quor::terminal {
+
+/// Read at the first call, which is made before anything that a locale could disturb.
+const std::string& characterSet();
+
+/// An argument or a file name as UTF-8; bytes that are no characters are kept (see CharacterSet.h).
+std::string utf8From(std::string_view bytes);
+/// An argument as a text for a script. A `Failure` (wrong usage) that begins with `place` when it cannot be
+/// written in GBK.
+std::string gbkFrom(std::string_view bytes, const std::string& place);
+
+std::string fromUtf8(std::string_view utf8);
+/// A script's text, such as the name of a segment.
+std::string fromGbk(std::string_view gbk);
+
+/// Tells that messages may contain this file or folder.
+void expectPath(const std::string& path);
+/// A message of a script or of the host: its words are GBK, while the paths in it, the expected ones and
+/// those before a line's number, stand as the system has them.
+std::string fromMessage(std::string_view message);
+
+/// Writes a line to standard error, where everything for people goes.
+void writeError(std::string_view line);
+
+template<class... Arguments>
+void say(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+{
+    writeError(fmt::format(format, std::forward<Arguments>(arguments)...));
+}
+
+/// Shows a message on lines of its own: line feeds at its beginning, which set it off in a log, are left out.
+/// When memory runs out, the bytes are shown as they are. Throws nothing.
+void showMessage(std::string_view message);
+/// The same, in the form that `kxcom::setMessageSink` takes.
+void showMessage(const char* text, void* user);
+
+} // namespace quor::terminal

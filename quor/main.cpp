@@ -1,0 +1,46 @@
+#include "Failure.h"
+#include "Subcommands.h"
+#include "Terminal.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+
+namespace {
+
+constexpr const char* about = "Runs the scripts of a plant-design catalogue without the CAD program.\n"
+                              "Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.";
+
+constexpr const char* seeHelp = "quor --help, and --help behind a subcommand, say what can be asked.";
+
+int run(int count, char** arguments)
+{
+    quor::terminal::characterSet(); // read now, before scripts and libraries run
+    CLI::App program(about, "quor");
+    quor::Action action;
+    quor::addDraw(program, action);
+    try {
+        program.parse(count, arguments);
+    } catch (const CLI::Success& help) {
+        return program.exit(help);
+    } catch (const CLI::ParseError& error) {
+        throw quor::Failure(quor::WrongUsage, fmt::format("{}\n{}", error.what(), seeHelp));
+    }
+    if (!action) throw quor::Failure(quor::WrongUsage, std::string("a subcommand is expected\n") + seeHelp);
+    action();
+    return quor::Done;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        return run(count, arguments);
+    } catch (const quor::Failure& failure) {
+        quor::terminal::say("quor: {}", failure.what());
+        return failure.exitCode();
+    } catch (const std::exception& error) {
+        quor::terminal::say("quor: {}", error.what());
+        return quor::ScriptFailed;
+    }
+}

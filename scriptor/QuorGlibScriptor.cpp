@@ -1,0 +1,174 @@
+#include "GlobalTable.h"
+#include "KeptBlocks.h"
+#include "Modules.h"
+
+#include <QuorCommon/QuorSystem.h>
+#include <QuorPureScriptor/lua_tinker.h>
+#include <QuorPureScriptor/quorlua_helpers.h>
+#include <QuorScriptor/QuorGlibScriptor.h>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <string>
+
+namespace {
+
+namespace guard = quorlua::guard;
+
+constexpr int pathSize = 255;
+
+/// The module search paths of a new state, resolved before any Lua work.
+struct SearchPaths {
+    char bin[pathSize] = "";
+    char utils[pathSize] = "";
+    std::string platformScripts;
+    std::string platformBinaries;
+
+    SearchPaths()
+    {
+        QuorSystem::getFullQuorName("bin\\?.lua", bin, pathSize);
+        QuorSystem::getFullQuorName("bin\\utils\\?.lua", utils, pathSize);
+        const std::string platform = QuorSystem::quorFullPlatformPath();
+        platformScripts = platform + "\\?.lua";
+        platformBinaries = platform + "\\?.dll";
+    }
+};
+
+void registerTextStyle(lua_State* L)
+{
+    lua_tinker::class_add<GlibTextStyle>(L, "GlibTextStyle");
+    lua_tinker::class_def<GlibTextStyle>(L, "height", &GlibTextStyle::height);
+    lua_tinker::class_def<GlibTextStyle>(L, "getlen", &GlibTextStyle::getlen);
+    lua_tinker::class_def<GlibTextStyle>(L, "getlen_h", &GlibTextStyle::getlen_h);
+    lua_tinker::class_def<GlibTextStyle>(L, "setstyle", &GlibTextStyle::setstyle);
+    lua_tinker::class_def<GlibTextStyle>(L, "getfactor", &GlibTextStyle::getfactor);
+}
+
+/// Leaves the "glib" table as the one result: it stays the stack's bottom value.
+int openBuiltIns(lua_State* L, const SearchPaths& paths)
+{
+    luaL_openlibs(L);
+    luaL_register(L, "glib", quorlua::getGlibRegFuncForLua());
+    const int glib = lua_gettop(L);
+    if (*paths.bin) quorlua::addPath(L, paths.bin);
+    if (*paths.utils) quorlua::addPath(L, paths.utils);
+    quorlua::addPath(L, paths.platformScripts.c_str());
+    quorlua::addCPath(L, paths.platformBinaries.c_str());
+    registerTextStyle(L);
+    lua_settop(L, glib);
+    return 1;
+}
+
+lua_CFunction findFunction(const luaL_Reg* list, const char* name)
+{
+    for (; list->name; ++list)
+        if (std::strcmp(list->name, name) == 0) return list->func;
+    return nullptr;
+}
+
+int getLuaFile(lua_State* L)
+{
+    const auto* scriptor = static_cast<const QuorGlibScriptor*>(lua_touserdata(L, lua_upvalueindex(1)));
+    lua_pushstring(L, scriptor->getFileName());
+    return 1;
+}
+
+} // namespace
+
+QuorGlibScriptor::QuorGlibScriptor()
+{
+    initLua();
+}
+
+QuorGlibScriptor::~QuorGlibScriptor()
+{
+    if (state_) lua_close(state_);
+    state_ = nullptr;
+    if (!quorlua::kept::holds(fileName_)) std::free(fileName_);
+}
+
+QuorGlibScriptor& QuorGlibScriptor::operator=(const QuorGlibScriptor& other) = default;
+
+void QuorGlibScriptor::initLua()
+{
+    if (state_) lua_close(state_);
+    state_ = luaL_newstate();
+    if (!state_) return;
+    bool complete = false;
+    try {
+        const SearchPaths paths;
+        complete = guard::run(state_, [&paths](lua_State* frame) { return openBuiltIns(frame, paths); });
+        baseTop_ = lua_gettop(state_);
+        const quorlua::LuaLRegHelper::Map modules = quorlua::registeredModules();
+        for (const auto& [name, list] : modules) {
+            addLib(name.c_str(), list);
+            const lua_CFunction alert = name == "acadui" ? findFunction(list, "printf") : nullptr;
+            if (!alert) continue;
+            guard::run(state_, [alert](lua_State* frame) {
+                lua_pushcfunction(frame, alert);
+                lua_setglobal(frame, "_ALERT");
+                return 0;
+            });
+        }
+        complete = complete && guard::run(state_, [this](lua_State* frame) {
+                       lua_pushlightuserdata(frame, this);
+                       lua_pushcclosure(frame, getLuaFile, 1);
+                       lua_setglobal(frame, "mirt_get_luafile");
+                       lua_tinker::init(frame);
+                       return 0;
+                   });
+    } catch (const std::exception&) {
+        complete = false;
+    }
+    if (complete) return;
+    // Half a state is of no use to a script.
+    lua_close(state_);
+    state_ = nullptr;
+}
+
+void QuorGlibScriptor::addLib(const char* name, const luaL_Reg* list) const
+{
+    if (!state_ || !name || !list) return;
+    guard::run(state_, [name, list](lua_State* frame) {
+        luaL_register(frame, name, list);
+        return 0;
+    });
+}
+
+void QuorGlibScriptor::addLibFuncLua(const char* table, const char* name, lua_CFunction function)
+{
+    if (!state_ || !table || !name || !function) return;
+    guard::run(state_, [table, name, function](lua_State* frame) {
+        if (!quorlua::pushGlobalTable(frame, table)) return 0;
+        lua_pushstring(frame, name);
+        lua_pushcfunction(frame, function);
+        lua_rawset(frame, -3);
+        return 0;
+    });
+}
+
+void QuorGlibScriptor::setPackagePath()
+{
+    char path[pathSize] = "";
+    if (!state_ || !QuorSystem::getFullQuorName("bin\\?.lua", path, pathSize)) return;
+    guard::run(state_, [&path](lua_State* frame) {
+        guard::pushGlobal(frame, "package");
+        const bool made = !lua_istable(frame, -1);
+        if (made) lua_newtable(frame);
+        lua_pushstring(frame, path);
+        lua_setfield(frame, -2, "path");
+        if (made) lua_setglobal(frame, "package");
+        return 0;
+    });
+}
+
+lua_State* QuorGlibScriptor::getLua(bool clear)
+{
+    if (clear && state_ && lua_gettop(state_) > 1) lua_settop(state_, 1);
+    return state_;
+}
+
+void QuorGlibScriptor::luaClear()
+{
+    if (state_) lua_settop(state_, baseTop_);
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <lua.hpp>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace quorlua {
+
+/// The parameters that a script declares to be no lengths: the values of "skey"."quantumUnit" and
+/// "skey"."angleUnit", read once so that many parameters cost no more than their number. Every other
+/// parameter is a length. Construction throws only when memory runs out.
+class UnitFreeNames {
+public:
+    /// Reads the declaration of a state; none for a null state. [-0, +0, -]
+    explicit UnitFreeNames(lua_State* L);
+
+    bool isLength(std::string_view parameter) const { return names_.find(parameter) == names_.end(); }
+    double scaled(std::string_view parameter, double value, double factor) const
+    {
+        return isLength(parameter) ? value * factor : value;
+    }
+
+private:
+    void collect(lua_State* L, const char* list);
+
+    std::set<std::string, std::less<>> names_;
+};
+
+} // namespace quorlua

@@ -1,0 +1,129 @@
+#include "Context.h"
+#include "KeptBlocks.h"
+#include "duplicateText.h"
+
+#include <QuorCommon/quorsys.h>
+#include <QuorPureScriptor/lua_tinker.h>
+#include <QuorScriptor/QuorGlibScriptor.h>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+
+using Quor::GlibStatus;
+
+namespace {
+
+/// Whether two times, in seconds, lie less than five seconds apart, either way.
+bool isUnchanged(long long before, long long now)
+{
+    const double moved = static_cast<double>(before) - static_cast<double>(now);
+    return moved > -5.0 && moved < 5.0;
+}
+
+/// A path's text to be kept as a file name: one that was a file name before keeps its block.
+char* makeFileName(const char* path)
+{
+    if (char* known = quorlua::kept::find(path)) return known;
+    return quorlua::duplicateText(path);
+}
+
+GlibStatus reportLoaded(lua_State* L, FunctionRightAfterLoadFile* callback)
+{
+    try {
+        if (callback) callback->loaded(L);
+    } catch (const std::exception&) {
+        // The script is loaded all the same, and nothing of the host's passes through here.
+    }
+    return GlibStatus::Ok;
+}
+
+GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* callback)
+{
+    if (!L || lua_tinker::dofile(L, file) != 0) return GlibStatus::ScriptFailed;
+    return reportLoaded(L, callback);
+}
+
+constexpr int recreateBit = 1;
+constexpr int skipUnchangedBit = 2;
+
+} // namespace
+
+GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
+{
+    if (!file) return lastStatus_ = GlibStatus::InvalidArgument;
+    long long time = 0;
+    if (!quorsys::fileModificationTime(file, time)) return lastStatus_ = GlibStatus::FileNotExamined;
+    quorlua::currentContext().reset();
+    if (fileName_ && std::strcmp(fileName_, file) == 0) {
+        lastStatus_ = GlibStatus::Ok;
+        if (isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+        if (recreate) initLua();
+    } else {
+        char* name = makeFileName(file);
+        if (!name) return lastStatus_ = GlibStatus::ScriptFailed;
+        // Whoever asked for the name before may still hold it.
+        quorlua::kept::keep(fileName_);
+        fileName_ = name;
+    }
+    modificationTime_ = time;
+    return lastStatus_ = runFile(state_, fileName_, loadFileCallback_);
+}
+
+GlibStatus QuorGlibScriptor::reloadLua(int bits)
+{
+    if (!fileName_ || !*fileName_) return GlibStatus::ScriptFailed;
+    long long time = 0;
+    if (!quorsys::fileModificationTime(fileName_, time)) return lastStatus_ = GlibStatus::FileNotExamined;
+    quorlua::currentContext().reset();
+    if ((bits & skipUnchangedBit) != 0 && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+    if ((bits & recreateBit) != 0) initLua();
+    modificationTime_ = time;
+    return lastStatus_ = runFile(state_, fileName_, loadFileCallback_);
+}
+
+GlibStatus QuorGlibScriptor::loadBuffer(const quor_binary& buffer, long long timeStamp, bool recreate)
+{
+    if (!buffer.data || buffer.length <= 0) return GlibStatus::InvalidArgument;
+    if (fileName_) return GlibStatus::BufferRefused;
+    quorlua::currentContext().reset();
+    if (isUnchanged(modificationTime_, timeStamp)) return GlibStatus::Ok;
+    if (recreate) initLua();
+    if (!state_) return lastStatus_ = GlibStatus::ScriptFailed;
+    if (lua_tinker::dobuffer(state_, buffer.data, static_cast<std::size_t>(buffer.length)) != 0) {
+        lua_close(state_);
+        state_ = nullptr;
+        return lastStatus_ = GlibStatus::ScriptFailed;
+    }
+    modificationTime_ = timeStamp;
+    return lastStatus_ = reportLoaded(state_, loadFileCallback_);
+}
+
+long long QuorGlibScriptor::get_mtime() const
+{
+    return modificationTime_;
+}
+
+const char* QuorGlibScriptor::getFileName() const
+{
+    return fileName_;
+}
+
+void QuorGlibScriptor::setLoadFileCallbk(FunctionRightAfterLoadFile* callback)
+{
+    loadFileCallback_ = callback;
+}
+
+FunctionRightAfterLoadFile* QuorGlibScriptor::getLoadFileCallbk() const
+{
+    return loadFileCallback_;
+}
+
+void QuorGlibScriptor::setFlag(int flags)
+{
+    flags_ = flags;
+}
+
+bool QuorGlibScriptor::checkFlag(ScriptorStatus bit) const
+{
+    return (flags_ & bit) != 0;
+}

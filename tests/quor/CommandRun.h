@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What a run of the command gave. A run that a signal ended has 128 and the signal's number as exit code.
+struct CommandRun {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+};
+
+using Arguments = std::vector<std::string>;
+
+/// Runs `quor` with the sample's installation and project. `environment` holds NAME=VALUE texts that are set
+/// over those of this process; a NAME alone is taken away.
+CommandRun runQuor(const Arguments& arguments, const Arguments& environment = {});
+
+/// The command's path.
+std::string quorCommand();
+
+/// Runs any program in the same way.
+CommandRun runProgram(const Arguments& command, const Arguments& environment = {});
+
+/// A folder of its own that goes with the object.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    std::string path(std::string_view name) const { return (folder_ / name).string(); }
+    /// Writes a file and returns its path.
+    std::string write(std::string_view name, std::string_view bytes) const;
+    /// The names of what is in the folder, in order.
+    std::vector<std::string> names() const;
+
+private:
+    std::filesystem::path folder_;
+};
+
+std::string readFile(const std::filesystem::path& path);

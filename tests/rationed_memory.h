@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdlib>
+#include <new>
+
+/// Rations the blocks that `operator new` takes on a thread. It replaces the operators of the whole program,
+/// so one source of a program includes it.
+namespace rationed {
+
+/// Blocks taken so far, and how many more may be taken; below zero there is no limit.
+inline thread_local long taken = 0;
+inline thread_local long allowed = -1;
+
+inline void* take(std::size_t size)
+{
+    if (allowed == 0) return nullptr;
+    if (allowed > 0) --allowed;
+    ++taken;
+    return std::malloc(size ? size : 1);
+}
+
+} // namespace rationed
+
+// Not inlined: where the compiler sees one half of a pair only, it takes it for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t size)
+{
+    if (void* block = rationed::take(size)) return block;
+    throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
