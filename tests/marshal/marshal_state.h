@@ -21,13 +21,13 @@ protected:
                 elseif type(v) == 'userdata' then
                     return v == light and 'light' or 'userdata ' .. tostring(v):gsub(':.*', '')
                 elseif type(v) ~= 'table' then
-                    return tostring(v)
+                    return textOf(v)
                 end
                 local keys, out = {}, {}
                 for k in pairs(v) do keys[#keys + 1] = k end
                 table.sort(keys, key)
                 for i, k in ipairs(keys) do
-                    out[i] = (k == i and '' or tostring(k) .. '=') .. describe(v[k])
+                    out[i] = (k == i and '' or textOf(k) .. '=') .. describe(v[k])
                 end
                 return '{' .. table.concat(out, ',') .. '}'
             end

@@ -1,3 +1,4 @@
+#include "../neutral_locale.h"
 #include "letters.h"
 #include "marshal_state.h"
 
@@ -5,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -90,6 +92,17 @@ protected:
         }
     }
 
+    /// The number that an expression gives where texts of numbers have a point; none for another value.
+    std::optional<double> byInterpreter(const std::string& expression)
+    {
+        const NeutralLocale neutral;
+        run("return " + expression, 1);
+        std::optional<double> number;
+        if (lua_type(L, -1) == LUA_TNUMBER) number = lua_tonumber(L, -1);
+        lua_pop(L, 1);
+        return number;
+    }
+
     template<CallFormat format, class Output>
     Output checked(const std::string& expression)
     {
@@ -156,15 +169,14 @@ TEST_F(ResultLetters, NumericTextsAreThoseOfTheInterpreter)
         double output = 77.5;
         read("d", expression, &output);
         EXPECT_EQ(output, value) << expression;
-        EXPECT_EQ(shown(expression + " + 0"s), shown(text(value) == "inf" ? "1/0" : text(value)))
-            << expression;
+        EXPECT_EQ(byInterpreter(expression + " + 0"s), value) << expression;
     }
     for (const char* expression :
          {"'1,5'", "'1.5x'", "'x1.5'", "'--1'", "'+-1'", "'0x'", "'0x-1'", "'1 2'", "' '", "'-'"}) {
         double output = 77.5;
         read("d", expression, &output);
         EXPECT_EQ(output, 77.5) << expression;
-        EXPECT_EQ(shown("tonumber("s + expression + ")"), "nil") << expression;
+        EXPECT_EQ(byInterpreter("tonumber("s + expression + ")"), std::nullopt) << expression;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "lua_state.h"
 
+#include <QuorPureScriptor/quorlua_helpers.h>
 #include <stdexcept>
 
 namespace {
@@ -20,8 +21,8 @@ void noteText(const char* text)
 
 void noteAll(int number, bool flag, double fraction, std::string text, long long id)
 {
-    noted = std::to_string(number) + (flag ? " true " : " false ") + std::to_string(fraction) + " " + text +
-            " " + std::to_string(id);
+    noted = std::to_string(number) + (flag ? " true " : " false ") + quorlua::numberText(fraction) + " " +
+            text + " " + std::to_string(id);
 }
 
 int doubled(int number)
@@ -70,7 +71,7 @@ TEST_F(HostFunction, TakesArgumentsAndGivesItsResult)
     def(L, "nothing", nothing);
     def(L, "big", big);
     run("noteAll(3, true, 0.5, 'x', int64('9000000000000000000'))");
-    EXPECT_EQ(noted, "3 true 0.500000 x 9000000000000000000");
+    EXPECT_EQ(noted, "3 true 0.5 x 9000000000000000000");
     EXPECT_EQ(shown("doubled(21)"), "42");
     EXPECT_EQ(shown("repeated('a\\0b', 3) == 'a\\0ba\\0ba\\0b'"), "true");
     EXPECT_EQ(shown("nothing()"), "nil");
@@ -128,7 +129,7 @@ class ScriptFunction : public LuaState {};
 
 TEST_F(ScriptFunction, IsCalledWithItsArguments)
 {
-    run("function join(...) local t = {...}; for i = 1, #t do t[i] = tostring(t[i]) end "
+    run("function join(...) local t = {...}; for i = 1, #t do t[i] = textOf(t[i]) end "
         "return table.concat(t, ' ') end; kept = {}");
     EXPECT_EQ((call<std::string>(L, "join", "a", 2, 2.5, true, 1LL << 60, std::string("z"))),
               "a 2 2.5 true 1152921504606846976 z");

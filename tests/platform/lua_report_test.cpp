@@ -1,3 +1,4 @@
+#include "../neutral_locale.h"
 #include "lua_state.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
@@ -196,11 +197,51 @@ TEST_F(Report, OfAnErrorCanBeAskedForDirectly)
 
 TEST_F(Report, IgnoresTheLocale)
 {
-    char buffer[32];
-    EXPECT_EQ(std::string(buffer, quorlua::numberText(-1234.5e-300, buffer)), "-1.2345e-297");
-    for (const char* number : {"0", "1", "-1", "0.1", "1e+15", "123456789012346", "1e+100", "1e-05", "0.0001",
-                               "3.1415926535898", "100000", "-0"}) {
-        EXPECT_EQ(quorlua::numberText(std::stod(number)), shown(number)) << number;
+    print_error(L, "%.2f of %g, %e", 1234567.125, -0.5, 1e-3);
+    const std::string printed = onStandardError([] { print_error(nullptr, "%g and %d", 0.5, 1234567); });
+    fail("error(-1234.5e-300, 0)");
+    lua_settop(L, 0);
+    EXPECT_THAT(alerts, ElementsAre("1234567.12 of -0.5, 1.000000e-03",
+                                    StartsWith("-1.2345e-297\nstack traceback:")));
+    EXPECT_EQ(printed, "0.5 and 1234567\n");
+}
+
+TEST_F(Report, LeavesTheHostsLocaleAsItIs)
+{
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    const locale_t current = uselocale(nullptr);
+    print_error(L, "%g", 0.5);
+    EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
+    EXPECT_EQ(uselocale(nullptr), current);
+}
+
+TEST_F(Report, ShowsNumbersAsTheInterpreterDoes)
+{
+    const struct {
+        double number;
+        const char* text;
+    } cases[] = {{0, "0"},
+                 {-0.0, "-0"},
+                 {1, "1"},
+                 {-1, "-1"},
+                 {0.1, "0.1"},
+                 {0.0001, "0.0001"},
+                 {1e-5, "1e-05"},
+                 {-1234.5e-300, "-1.2345e-297"},
+                 {3.1415926535898, "3.1415926535898"},
+                 {1.0 / 3, "0.33333333333333"},
+                 {100000, "100000"},
+                 {123456789012346, "1.2345678901235e+14"},
+                 {1e15, "1e+15"},
+                 {1e100, "1e+100"}};
+    for (const auto& [number, text] : cases) {
+        char buffer[32];
+        EXPECT_EQ(quorlua::numberText(number), text);
+        EXPECT_EQ(std::string(buffer, quorlua::numberText(number, buffer)), text);
+        const NeutralLocale neutral;
+        lua_pushnumber(L, number);
+        EXPECT_STREQ(lua_tostring(L, -1), text) << "the interpreter's own";
+        lua_pop(L, 1);
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../lua_text.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -7,8 +9,9 @@
 #include <string>
 #include <vector>
 
-/// A Lua state with the standard libraries and the binding layer, whose "_ALERT" notes what it is given. Ends
-/// in a failed test when the stack is not as high as it was at the start.
+/// A Lua state with the standard libraries and the binding layer, whose "_ALERT" notes what it is given and
+/// whose "textOf" gives texts of values. Ends in a failed test when the stack is not as high as it was at the
+/// start.
 class LuaState : public testing::Test {
 protected:
     LuaState() : L(luaL_newstate())
@@ -18,6 +21,7 @@ protected:
         lua_pushlightuserdata(L, &alerts);
         lua_pushcclosure(L, note, 1);
         lua_setglobal(L, "_ALERT");
+        lua_register(L, "textOf", luatext::textOf);
     }
     ~LuaState() override { lua_close(L); }
 
@@ -30,14 +34,8 @@ protected:
         ASSERT_EQ(lua_pcall(L, 0, results, 0), 0) << lua_tostring(L, -1);
     }
 
-    /// The text of what an expression gives, by the script's own `tostring`.
-    std::string shown(const std::string& expression)
-    {
-        run("return tostring(" + expression + ")", 1);
-        std::string text = lua_tostring(L, -1) ? lua_tostring(L, -1) : "(no text)";
-        lua_pop(L, 1);
-        return text;
-    }
+    /// The text of what an expression gives, by `textOf`.
+    std::string shown(const std::string& expression) { return luatext::shown(L, expression); }
 
     /// Fills the frame up to the last slot that Lua grants.
     void fillFrame()

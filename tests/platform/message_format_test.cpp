@@ -1,14 +1,16 @@
+#include "../neutral_locale.h"
+
 #include <QuorMsgHandle/Messages.h>
 
 #include <gtest/gtest.h>
 
 #include <cfloat>
 #include <climits>
+#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
-#include <locale.h>
 #include <locale>
 #include <string>
 #include <string_view>
@@ -229,23 +231,6 @@ std::string byLibrary(const char* format, auto value)
     return std::string(buffer, static_cast<std::size_t>(length));
 }
 
-/// The C library writes numbers in the "C" locale on this thread while one lives.
-class NeutralLocale {
-public:
-    NeutralLocale() : neutral_(newlocale(LC_ALL_MASK, "C", nullptr)), before_(uselocale(neutral_)) {}
-    ~NeutralLocale()
-    {
-        uselocale(before_);
-        freelocale(neutral_);
-    }
-    NeutralLocale(const NeutralLocale&) = delete;
-    NeutralLocale& operator=(const NeutralLocale&) = delete;
-
-private:
-    locale_t neutral_;
-    locale_t before_;
-};
-
 TEST(PrintMsg, SuitingArgumentsLookAsInTheCLibrary)
 {
     const NeutralLocale neutral;
@@ -302,9 +287,12 @@ class CommaPoint : public std::numpunct<char> {
 
 TEST(PrintMsg, GlobalLocaleChangesNothing)
 {
+    const std::string environments = std::setlocale(LC_ALL, nullptr);
     const std::locale before = std::locale::global(std::locale(std::locale(), new CommaPoint));
     const std::string text = printMsg("%f %d %s %g", 1234.5, 1234567, 1234.5, 0.5);
     std::locale::global(before);
+    // A global locale that has a name is the C library's, too: here it was "C".
+    std::setlocale(LC_ALL, environments.c_str());
     EXPECT_EQ(text, "1234.500000 1234567 1234.5 0.5");
 }
 

@@ -16,15 +16,7 @@ class Helper : public testing::Test {
 protected:
     Helper() { messages.clear(); }
 
-    std::string shown(const std::string& expression)
-    {
-        lua_State* L = helper.getL();
-        EXPECT_EQ(luaL_loadstring(L, ("return tostring(" + expression + ")").c_str()), 0);
-        EXPECT_EQ(lua_pcall(L, 0, 1, 0), 0);
-        const std::string text = lua_tostring(L, -1) ? lua_tostring(L, -1) : "(no text)";
-        lua_pop(L, 1);
-        return text;
-    }
+    std::string shown(const std::string& expression) { return luatext::shown(helper.getL(), expression); }
 
     ScriptFolder folder;
     QuorGlibScriptorHelper helper;

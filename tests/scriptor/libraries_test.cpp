@@ -283,7 +283,7 @@ protected:
         run("return function(style) " + body + " end", 1);
         quorlua::push_txtstyle(state(), &style);
         EXPECT_EQ(lua_pcall(state(), 1, 1, 0), 0) << lua_tostring(state(), -1);
-        const std::string text = lua_tostring(state(), -1) ? lua_tostring(state(), -1) : "(no text)";
+        const std::string text = luatext::textAt(state(), -1);
         lua_pop(state(), 1);
         return text;
     }

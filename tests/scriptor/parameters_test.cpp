@@ -23,7 +23,7 @@ protected:
     /// "P1" to "P23", parted by spaces.
     std::string positional()
     {
-        run("local t = {} for i = 1, 23 do t[i] = tostring(param['P' .. i]) end all = table.concat(t, ' ')");
+        run("local t = {} for i = 1, 23 do t[i] = textOf(param['P' .. i]) end all = table.concat(t, ' ')");
         return shown("all");
     }
 };
@@ -132,8 +132,12 @@ TEST_F(Parameters, CutListIsAnArrayOfPairs)
     const geolib::paramt first{&middle, 1, 2};
     EXPECT_TRUE(kept([&] { return scriptor.setParams(&first); }));
     EXPECT_EQ(shown("#param.cut"), "3");
-    for (const auto& [place, pair] : {std::pair{"1", "1 2"}, std::pair{"2", "-1 0.5"}, std::pair{"3", "5 6"}})
-        EXPECT_EQ(shown(std::string("table.concat(param.cut[") + place + "], ' ')"), pair);
+    for (const auto& [place, pair] :
+         {std::pair{"1", "1 2"}, std::pair{"2", "-1 0.5"}, std::pair{"3", "5 6"}}) {
+        const std::string cut = std::string("param.cut[") + place + "]";
+        EXPECT_EQ(shown("textOf(" + cut + "[1]) .. ' ' .. textOf(" + cut + "[2])"), pair);
+        EXPECT_EQ(shown("#" + cut), "2") << pair;
+    }
     EXPECT_EQ(shown("param.other"), "6");
     EXPECT_TRUE(kept([&] { return scriptor.setParams(&last); }));
     EXPECT_EQ(shown("#param.cut"), "1") << "a later list replaces the former";
@@ -296,7 +300,8 @@ TEST_F(Parameters, ConstFactorAndObjectIdNeedTheGlbTable)
     EXPECT_FALSE(kept([&] { return scriptor.setObjectId(5); }));
     run("glb = {other = 1}");
     EXPECT_TRUE(kept([&] { return scriptor.setConstFactor(2.5); }));
-    EXPECT_EQ(shown("glb.factor .. ' ' .. glb.other"), "2.5 1");
+    EXPECT_EQ(shown("glb.factor"), "2.5");
+    EXPECT_EQ(shown("glb.other"), "1");
 }
 
 TEST_F(Parameters, ObjectIdIsAWholeSixtyFourBitInteger)

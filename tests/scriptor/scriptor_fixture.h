@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../lua_text.h"
+
 #include <QuorMsgHandle/QuorMsgHandle.h>
 #include <QuorPrimary/QuorPrimary.h>
 #include <QuorScriptor/QuorScriptor.h>
@@ -108,13 +110,14 @@ public:
     lua_State* state = nullptr;
 };
 
-/// A scriptor whose "_ALERT" notes what it is given. Whatever a test does, the stack ends as high as it
-/// began.
+/// A scriptor whose "_ALERT" notes what it is given, and whose "textOf" gives texts of values. Whatever a
+/// test does, the stack ends as high as it began.
 class Scriptor : public testing::Test {
 protected:
     Scriptor()
     {
         noteAlerts();
+        lua_register(state(), "textOf", luatext::textOf);
         kxcom::clearQuorLastError();
     }
     void TearDown() override
@@ -154,14 +157,8 @@ protected:
         ASSERT_EQ(lua_pcall(L, 0, results, 0), 0) << lua_tostring(L, -1);
     }
 
-    /// What an expression gives, by the script's own `tostring`.
-    std::string shown(const std::string& expression)
-    {
-        run("return tostring(" + expression + ")", 1);
-        const std::string text = lua_tostring(state(), -1) ? lua_tostring(state(), -1) : "(no text)";
-        lua_pop(state(), 1);
-        return text;
-    }
+    /// What an expression gives, by `textOf`.
+    std::string shown(const std::string& expression) { return luatext::shown(state(), expression); }
 
     /// Takes the scriptor's state away, as a buffer that does not run does.
     void loseState()

@@ -15,8 +15,7 @@ protected:
         EXPECT_EQ(status, Quor::Ok);
         EXPECT_EQ(height(), before + (status == Quor::Ok ? 1 : 0)) << "exactly one result";
         if (status != Quor::Ok) return "status " + std::to_string(status);
-        const std::string text =
-            lua_tostring(state(), -1) ? lua_tostring(state(), -1) : luaL_typename(state(), -1);
+        const std::string text = luatext::textAt(state(), -1);
         lua_settop(state(), before);
         return text;
     }
@@ -53,8 +52,8 @@ protected:
 
 TEST_F(SegmentArguments, AreARecordTable)
 {
-    run("function seg(...) args = select('#', ...); t = ... return t.n .. t.s .. tostring(t.b) .. t.p[3] .. "
-        "t.i end");
+    run("function seg(...) args = select('#', ...); t = ... "
+        "return textOf(t.n) .. t.s .. tostring(t.b) .. t.p[3] .. t.i end");
     records = {{"n", "", KVValue::ofDouble(1.5)},        {"s", "", KVValue::ofString("x")},
                {"b", "", KVValue::ofBool(false)},        {"p", "", KVValue::ofPoint({1, 2, 3})},
                {"skipped", "", KVValue::ofTag(6)},       {"i", "", KVValue::ofInt(1)},
@@ -69,14 +68,16 @@ TEST_F(SegmentArguments, AreARecordTable)
 
 TEST_F(SegmentArguments, AreARecordTableAndAStyle)
 {
-    run("function seg(t, style, ...) return t.k .. style:height() .. select('#', ...) end");
+    run("function seg(t, style, ...) return t.k .. textOf(style:height()) .. select('#', ...) end");
     records = {{"k", "", KVValue::ofString("v")}};
     EXPECT_EQ(result([&] { return scriptor.callSeg("seg", records, style); }), "v2.50");
 }
 
 TEST_F(SegmentArguments, AreARecordTableAndAMatrix)
 {
-    run("function seg(t, m, ...) local r = {} for i = 1, 4 do r[i] = table.concat(m[i], ' ') end "
+    run("function row(r) local t = {} for i = 1, #r do t[i] = textOf(r[i]) end return table.concat(t, ' ') "
+        "end;"
+        "function seg(t, m, ...) local r = {} for i = 1, 4 do r[i] = row(m[i]) end "
         "return t.k .. #m .. select('#', ...) .. table.concat(r, ',') end");
     records = {{"k", "", KVValue::ofString("v")}};
     matrix.setRow(0, 1, 2, 3, 4);
@@ -95,8 +96,8 @@ TEST_F(SegmentArguments, AreAStyle)
 TEST_F(SegmentArguments, AreTheGivenTable)
 {
     run("mine = {k = 'v'}; function seg(t, ...) return tostring(rawequal(t, mine)) .. select('#', ...) end;"
-        "function styled(t, s, ...) return tostring(rawequal(t, mine)) .. s:height() .. select('#', ...) "
-        "end");
+        "function styled(t, s, ...) return tostring(rawequal(t, mine)) .. textOf(s:height()) .. "
+        "select('#', ...) end");
     lua_getglobal(state(), "mine");
     const lua_tinker::table given(state(), -1);
     EXPECT_EQ(result([&] { return scriptor.callSeg("seg", given); }), "true0");
@@ -118,7 +119,7 @@ TEST_F(SegmentArguments, MayBeASlotThatHoldsNoTable)
 TEST_F(SegmentArguments, LeaveOutATableOfAnotherState)
 {
     run("function seg(...) return select('#', ...) .. type((...)) end;"
-        "function styled(s, ...) return s:height() .. select('#', ...) .. type((...)) end");
+        "function styled(s, ...) return textOf(s:height()) .. select('#', ...) .. type((...)) end");
     QuorGlibScriptor other;
     lua_State* foreign = other.getLua(false);
     const int before = lua_gettop(foreign);

@@ -1,3 +1,5 @@
+#include "NeutralLocale.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <charconv>
@@ -161,6 +163,13 @@ void writeTraceback(lua_State* L, Writer& out)
     }
 }
 
+// As std::vsnprintf, but numbers have a point in every locale.
+int formatPlainly(char* out, std::size_t size, const char* format, va_list arguments)
+{
+    const detail::NeutralLocale neutral;
+    return std::vsnprintf(out, size, format, arguments);
+}
+
 } // namespace
 
 void print_error_text(lua_State* L, const char* text, std::size_t length)
@@ -179,7 +188,7 @@ void print_error(lua_State* L, const char* format, ...)
     va_start(arguments, format);
     va_list again;
     va_copy(again, arguments);
-    const int formatted = std::vsnprintf(local, sizeof local, format, arguments);
+    const int formatted = formatPlainly(local, sizeof local, format, arguments);
     va_end(arguments);
     const std::size_t length = formatted < 0 ? 0 : static_cast<std::size_t>(formatted);
     if (formatted < 0) {
@@ -188,7 +197,7 @@ void print_error(lua_State* L, const char* format, ...)
     } else if (length < sizeof local) {
         print_error_text(L, local, length);
     } else if (const Block block = allocate(length + 1)) {
-        std::vsnprintf(block.get(), length + 1, format, again);
+        formatPlainly(block.get(), length + 1, format, again);
         print_error_text(L, block.get(), length);
     } else {
         print_error_text(L, local, sizeof local - 1);

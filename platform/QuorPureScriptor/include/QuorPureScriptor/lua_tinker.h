@@ -54,8 +54,8 @@ QUORPURESCRIPTOR_API int on_error(lua_State* L);
 /// Prints a message of any length: hands it to the state's global function "_ALERT", fetched past
 /// metamethods, in a protected call; when there is none, when it fails, when it is running already or when
 /// the state is null, the message and a line feed go to standard error. The format is the host's own: a
-/// script's text is only ever an argument of it. Never raises and needs no free stack slot. A message too
-/// large for memory is cut. [-0, +0, -]
+/// script's text is only ever an argument of it. Arguments are formatted as in the "C" locale, whatever the
+/// host's is. Never raises and needs no free stack slot. A message too large for memory is cut. [-0, +0, -]
 QUORPURESCRIPTOR_API void print_error(lua_State* L, const char* format, ...) QUORPURESCRIPTOR_PRINTF(2, 3);
 
 /// Prints `length` bytes as they are, NULs included; otherwise as `print_error`. [-0, +0, -]
