@@ -3,6 +3,9 @@
 #include "Gbk.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
+#include <algorithm>
+#include <array>
+#include <cstddef>
 
 /// Every text that the library shows, in one place. The texts are fixed, their odd counting included; they
 /// are bytes in GBK and pass through the host's translation before use.
@@ -40,6 +43,38 @@ inline constexpr GbkText ellipseRatio{U"\n椭圆第4个参数应该为数"};
 inline constexpr GbkText ellipseStart{U"\n椭圆第5个参数应该为数"};
 /// An ellipse's end angle is no number.
 inline constexpr GbkText ellipseEnd{U"\n椭圆第6个参数应该为数"};
+
+/// No function of the configuration script gave a usable answer; the function's name and the module.
+inline constexpr GbkText configuration{U"系统配置出错，请联系开发商，%s: %s"};
+
+/// The name of a configuration script's function as a template argument.
+template<std::size_t length>
+struct FunctionName {
+    std::array<char, length> text{};
+
+    consteval FunctionName(const char (&name)[length]) { std::copy_n(name, length, text.begin()); }
+};
+
+namespace detail {
+
+template<std::size_t begin, std::size_t name, std::size_t end>
+consteval auto joined(const char32_t (&first)[begin], const FunctionName<name>& function,
+                      const char32_t (&last)[end])
+{
+    char32_t text[begin + name + end - 2] = {};
+    char32_t* at = std::copy_n(first, begin - 1, text);
+    at = std::copy_n(function.text.begin(), name - 1, at);
+    std::copy_n(last, end, at);
+    return GbkText(text);
+}
+
+} // namespace detail
+
+/// The same with the function's name written in; the module.
+template<FunctionName function>
+inline constexpr auto configurationOf = detail::joined(U"系统配置出错，请联系开发商，", function, U": %s");
+/// The user database's place is asked for without a module.
+inline constexpr GbkText configurationOfUser{U"系统配置出错，请联系开发商，getProjectUser"};
 
 /// A message in the host's translation. Valid as long as that function says.
 template<std::size_t length>

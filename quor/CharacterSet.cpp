@@ -131,6 +131,17 @@ std::string utf8FromGbk(std::string_view gbk)
     return utf8FromGbk(gbk, strays);
 }
 
+std::u32string charactersFromGbk(std::string_view gbk)
+{
+    const std::string utf8 = utf8FromGbk(gbk);
+    std::u32string characters;
+    for (std::string_view rest = utf8; !rest.empty();) {
+        const char32_t code = takeCharacter(rest);
+        characters += isStray(code) ? noCharacter : code;
+    }
+    return characters;
+}
+
 bool gbkFromUtf8(std::string_view utf8, std::string& gbk)
 {
     static const Converter converter(gbkName, "UTF-8");

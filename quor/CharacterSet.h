@@ -13,6 +13,11 @@ namespace quor::charset {
 std::string utf8FromGbk(std::string_view gbk, std::size_t& strays);
 std::string utf8FromGbk(std::string_view gbk);
 
+/// What `charactersFromGbk` gives for a byte that belongs to no character; it lies behind all of Unicode.
+inline constexpr char32_t noCharacter = 0x110000;
+/// The characters of a text by their code points.
+std::u32string charactersFromGbk(std::string_view gbk);
+
 /// False, and `gbk` empty, when a character has no place in GBK. Bytes kept as above become themselves.
 bool gbkFromUtf8(std::string_view utf8, std::string& gbk);
 

@@ -18,6 +18,9 @@ std::vector<KVParams> readParameters(const std::vector<std::string>& arguments,
 /// Throws as `readParameters` does for an argument that no script could make right.
 void checkParameters(const std::vector<std::string>& arguments);
 
+/// Reads one NAME=VALUE whose type nobody knows: the first that fits, as above. `place` names it in messages.
+KVParams readParameter(const std::string& text, const std::string& place);
+
 /// The factor of lengths: a number above 0. `place` names the option.
 double readFactor(const std::string& argument, const std::string& place);
 

@@ -2,6 +2,9 @@
 
 #include "Failure.h"
 #include "ParameterValue.h"
+#include "SceneFile.h"
+#include "SceneFunctor.h"
+#include "SceneTextStyle.h"
 #include "Terminal.h"
 
 #include <QuorCommon/QuorCommon.h>
@@ -56,7 +59,8 @@ function os.exit() fail("os.exit: a script cannot end the program that draws it"
 
 constexpr const char* scriptHelp =
     R"(SCRIPT is a path from the working folder, else one in the project, in the project's folder "components", or in
-the installation: the first that exists.
+the installation: the first that exists. The scene's FILE is a path from the working folder, else one in the project, or
+in the project's folder "scenes".
 
 A value of --set has the type that the script's table "param" holds under that name: a number, true or false, a
 point x,y,z, or text. Under another name it has the first of these types that fits. Parameters that are not given
@@ -68,19 +72,20 @@ the script is told it as glb.factor. Nothing else is scaled.
 
 Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.)";
 
-void setFolder(void (*set)(const char*), const std::string& folder, const char* option)
-{
-    if (folder.empty()) return;
-    std::error_code error;
-    if (!fs::is_directory(folder, error))
-        throw Failure(WrongUsage, fmt::format("{} {}: a folder is expected; there is none", option, folder));
-    set(folder.c_str());
-}
-
 bool exists(const std::string& path)
 {
     std::error_code error;
     return fs::exists(path, error);
+}
+
+/// Where a file was looked for, on lines of its own; nothing when that was one place.
+std::string listOfPlaces(const std::vector<std::string>& paths)
+{
+    if (paths.size() < 2) return {};
+    std::string list = "\nlooked for:";
+    for (const std::string& path : paths)
+        list += "\n  " + path;
+    return list;
 }
 
 struct Global {
@@ -174,16 +179,14 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options)
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     command.add_option("--factor", options.factor, "Multiplies the lengths that --set gives; default 1")
-        ->type_name("F");
+        ->type_name("F")
+        ->each([&options](const std::string&) { options.factorGiven = true; });
+    addFolderOptions(command, options.folders);
     command
-        .add_option(
-            "--installation", options.installation,
-            "The installation's folder; default QUOR_INSTALLATION, else the folder beside the program")
-        ->type_name("DIR");
-    command
-        .add_option("--project", options.project,
-                    "The project's folder; default QUOR_PROJECT, else \"project\" in the installation")
-        ->type_name("DIR");
+        .add_option("--scene", options.scene,
+                    "The scene that answers what the script asks the host; without one it has no answers")
+        ->type_name("FILE")
+        ->each([&options](const std::string&) { options.sceneGiven = true; });
     command.add_flag("-q,--quiet", options.quiet, "Leaves out the line that sums up what was done");
     command.footer(scriptHelp);
 }
@@ -194,30 +197,56 @@ ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
         throw Failure(WrongUsage, "SCRIPT: the path of a script is expected; it is empty");
     factor_ = readFactor(options.factor, "--factor");
     checkParameters(options.settings);
-    setFolder(QuorSystem::setInstallationFolder, options.installation, "--installation");
-    setFolder(QuorSystem::setProjectFolder, options.project, "--project");
-    terminal::expectPath(QuorSystem::quorEnv());
-    terminal::expectPath(QuorSystem::getCurrentProjPath());
+    setFolders(options.folders);
     kxcom::setMessageSink(terminal::showMessage, nullptr);
     kxcom::clearQuorLastError();
     static const bool registered = (quorlua::addRegLuaModule("acadui", messageFunctions), true);
     static_cast<void>(registered);
 
-    searched_ = {options.script};
-    if (fs::path(options.script).is_relative()) {
-        searched_.emplace_back(QuorSystem::getProjectFileFullPath(options.script.c_str()));
-        searched_.emplace_back(QuorSystem::getProjectFileFullPath("components", options.script.c_str()));
-        searched_.emplace_back(QuorSystem::getFullQuorName(options.script.c_str()));
+    findScript();
+    if (options.sceneGiven) openScene();
+}
+
+void ScriptSession::findScript()
+{
+    searched_ = {options_.script};
+    if (fs::path(options_.script).is_relative()) {
+        searched_.emplace_back(QuorSystem::getProjectFileFullPath(options_.script.c_str()));
+        searched_.emplace_back(QuorSystem::getProjectFileFullPath("components", options_.script.c_str()));
+        searched_.emplace_back(QuorSystem::getFullQuorName(options_.script.c_str()));
     }
     const auto found = std::find_if(searched_.begin(), searched_.end(), exists);
-    path_ = found == searched_.end() ? options.script : *found;
+    path_ = found == searched_.end() ? options_.script : *found;
     name_ = fs::path(path_).filename().string();
     if (name_.empty()) name_ = path_;
     terminal::expectPath(path_);
 }
 
+void ScriptSession::openScene()
+{
+    if (options_.scene.empty())
+        throw Failure(WrongUsage, "--scene: the path of a scene's file is expected; it is empty");
+    std::vector<std::string> searched = {options_.scene};
+    if (fs::path(options_.scene).is_relative()) {
+        searched.emplace_back(QuorSystem::getProjectFileFullPath(options_.scene.c_str()));
+        searched.emplace_back(QuorSystem::getProjectFileFullPath("scenes", options_.scene.c_str()));
+    }
+    const auto found = std::find_if(searched.begin(), searched.end(), exists);
+    if (found == searched.end())
+        throw Failure(WrongUsage, fmt::format("--scene {}: a file is expected; there is none{}",
+                                              options_.scene, listOfPlaces(searched)));
+    scenePath_ = *found;
+    Scene scene = readScene(scenePath_);
+    if (!scene.textStyles.empty()) textStyle_ = std::make_unique<SceneTextStyle>(scene);
+    functor_ = std::make_unique<SceneFunctor>(std::move(scene));
+}
+
 ScriptSession::~ScriptSession()
 {
+    if (scriptor_ && functor_) {
+        scriptor_->setFunction(nullptr);
+        scriptor_->setGlibTextstyle(nullptr);
+    }
     scriptor_.reset();
     kxcom::setMessageSink(nullptr, nullptr);
 }
@@ -225,7 +254,15 @@ ScriptSession::~ScriptSession()
 void ScriptSession::load()
 {
     loadFile();
+    setScene();
     writeParameters();
+}
+
+void ScriptSession::setScene()
+{
+    if (!functor_) return;
+    scriptor_->setFunction(functor_.get());
+    scriptor_->setGlibTextstyle(textStyle_.get());
 }
 
 void ScriptSession::loadFile()
@@ -243,11 +280,7 @@ void ScriptSession::loadFile()
                                    ? describe(status, "it cannot be read, compiled or run to its end")
                                    : describe(status);
     std::string text = fmt::format("{}: {}", path_, reason);
-    if (status == GlibStatus::FileNotExamined && searched_.size() > 1) {
-        text += "\nlooked for:";
-        for (const std::string& path : searched_)
-            text += "\n  " + path;
-    }
+    if (status == GlibStatus::FileNotExamined) text += listOfPlaces(searched_);
     throw Failure(ScriptFailed, text);
 }
 
@@ -311,19 +344,35 @@ std::string ScriptSession::chooseSegment(const std::string& wanted)
 }
 
 /// "FILE:LINE: segment NAME", the line where the segment begins, when it is known.
-std::string ScriptSession::placeOf(const std::string& segment) const
+std::string ScriptSession::placeOf(const char* what, const std::string& name) const
 {
     std::string place = path_;
     for (const Global& global : globalsOf(scriptor_->getLua(false))) {
-        if (global.name == segment && global.source == "@" + path_) place += fmt::format(":{}", global.line);
+        if (global.name == name && global.source == "@" + path_) place += fmt::format(":{}", global.line);
     }
-    return fmt::format("{}: segment {}", place, terminal::fromGbk(segment));
+    return fmt::format("{}: {} {}", place, what, terminal::fromGbk(name));
+}
+
+void ScriptSession::failCall(const char* what, const std::string& name, const std::string& reason) const
+{
+    throw Failure(ScriptFailed, fmt::format("{}: {}", placeOf(what, name), reason));
+}
+
+void ScriptSession::checkFunction(const std::string& function) const
+{
+    if (quorlua::is_global_function(scriptor_->getLua(false), function.c_str())) return;
+    failCall("function", function, "the script has no global function of that name\n" + listOfFunctions());
+}
+
+const GlibTextStyle* ScriptSession::textStyle() const
+{
+    return textStyle_.get();
 }
 
 void ScriptSession::checkSegment(GlibStatus status, const std::string& segment)
 {
     if (status == GlibStatus::Ok) return;
-    std::string text = fmt::format("{}: {}", placeOf(segment), describeCall(status));
+    std::string text = fmt::format("{}: {}", placeOf("segment", segment), describeCall(status));
     const std::string reason = kxcom::getQuorLastErrorText();
     if (!reason.empty())
         text += fmt::format("\n{} (error {})", terminal::fromGbk(reason), kxcom::getQuorLastErrorCode());

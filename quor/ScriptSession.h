@@ -1,5 +1,7 @@
 #pragma once
 
+#include "HostFolders.h"
+
 #include <CLI/CLI.hpp>
 #include <QuorScriptor/QuorGlibScriptor.h>
 #include <memory>
@@ -8,14 +10,18 @@
 
 namespace quor {
 
+class SceneFunctor;
+class SceneTextStyle;
+
 /// What every subcommand that runs a component's script takes.
 struct ScriptOptions {
     std::string script;
     std::vector<std::string> settings;
     std::string factor = "1";
     bool factorGiven = false;
-    std::string installation;
-    std::string project;
+    HostFolders folders;
+    std::string scene;
+    bool sceneGiven = false;
     bool quiet = false;
 };
 
@@ -23,8 +29,9 @@ struct ScriptOptions {
 void addScriptOptions(CLI::App& command, ScriptOptions& options);
 
 /// A script, found when the session is made, and loaded into a scriptor of its own as a host does it: folders
-/// are set, messages go to standard error, the factor, if it is given, and the parameters are written. What
-/// the script prints goes to standard error as well, and it cannot end the program. One session at a time.
+/// are set, messages go to standard error, the factor, if it is given, and the parameters are written; where
+/// a scene is given, it answers what the script asks the host. What the script prints goes to standard error
+/// as well, and it cannot end the program. One session at a time.
 ///
 /// Every failure is a `Failure`: of the script, with the status and what it means, or of usage.
 class ScriptSession {
@@ -43,6 +50,8 @@ public:
     const std::string& path() const { return path_; }
     /// The script's file name without its folder, as the system writes it.
     const std::string& name() const { return name_; }
+    /// The path under which the scene was found; empty without one.
+    const std::string& scenePath() const { return scenePath_; }
 
     /// The segment to call, in GBK: `wanted` (as an argument), where it is not empty; else "main"; else the
     /// one global function that the script defines.
@@ -51,12 +60,24 @@ public:
     /// Throws what is to be said when `status`, of a call of the segment, is not Ok.
     void checkSegment(Quor::GlibStatus status, const std::string& segment);
 
+    /// Throws, with the functions that there are, unless the script has a global function of that name, in
+    /// GBK.
+    void checkFunction(const std::string& function) const;
+    /// Throws that a call of a function, or of a segment as `what` says, failed for a reason.
+    [[noreturn]] void failCall(const char* what, const std::string& name, const std::string& reason) const;
+
+    /// The scene's text style; null without one.
+    const GlibTextStyle* textStyle() const;
+
 private:
+    void findScript();
+    void openScene();
     void loadFile();
+    void setScene();
     void writeParameters();
     std::vector<std::string> ownFunctions() const;
     std::string listOfFunctions() const;
-    std::string placeOf(const std::string& segment) const;
+    std::string placeOf(const char* what, const std::string& name) const;
     bool hasGlobal(std::string_view name) const;
 
     const ScriptOptions& options_;
@@ -65,6 +86,9 @@ private:
     std::string name_;
     std::vector<std::string> searched_;
     std::vector<std::string> globalsBefore_;
+    std::string scenePath_;
+    std::unique_ptr<SceneFunctor> functor_;
+    std::unique_ptr<SceneTextStyle> textStyle_;
     std::unique_ptr<QuorGlibScriptor> scriptor_;
 };
 

@@ -164,11 +164,16 @@ void expectPath(const std::string& path)
 
 std::string fromMessage(std::string_view message)
 {
+    return fromUtf8(utf8FromMessage(message));
+}
+
+std::string utf8FromMessage(std::string_view message)
+{
     std::string utf8;
     for (;;) {
         const std::size_t end = message.find('\n');
         utf8 += utf8FromLine(message.substr(0, end));
-        if (end == std::string_view::npos) return fromUtf8(utf8);
+        if (end == std::string_view::npos) return utf8;
         utf8 += '\n';
         message.remove_prefix(end + 1);
     }

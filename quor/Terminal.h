@@ -28,6 +28,8 @@ void expectPath(const std::string& path);
 /// A message of a script or of the host: its words are GBK, while the paths in it, the expected ones and
 /// those before a line's number, stand as the system has them.
 std::string fromMessage(std::string_view message);
+/// The same in UTF-8.
+std::string utf8FromMessage(std::string_view message);
 
 /// Writes a line to standard error, where everything for people goes.
 void writeError(std::string_view line);

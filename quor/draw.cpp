@@ -1,14 +1,13 @@
-#include "CharacterSet.h"
 #include "Failure.h"
 #include "OutputFile.h"
 #include "PrimaryJson.h"
 #include "PrimaryLine.h"
+#include "ResultOptions.h"
 #include "ScriptSession.h"
 #include "Subcommands.h"
 #include "Terminal.h"
 
 #include <QuorPrimary/QuorPrimary.h>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -19,8 +18,7 @@ struct DrawOptions {
     ScriptOptions script;
     std::string segment;
     bool segmentGiven = false;
-    std::string format = "json";
-    std::string output = "-";
+    ResultOptions result;
 };
 
 using Primitives = std::vector<std::unique_ptr<QuorPrimary>>;
@@ -49,10 +47,7 @@ Primitives drawn(ScriptSession& session, const std::string& segment)
 
 void writeJson(OutputFile& file, const Drawing& drawing, std::size_t& strays)
 {
-    std::string block = "{\"script\":";
-    appendJson(block, terminal::utf8From(drawing.script));
-    block += ",\"segment\":";
-    appendJson(block, charset::utf8FromGbk(drawing.segment, strays));
+    std::string block = jsonHead(drawing.script, "segment", drawing.segment, strays);
     block += ",\"status\":0,\n\"primitives\":[";
     const char* before = "\n";
     for (const auto& primitive : drawing.primitives) {
@@ -80,29 +75,12 @@ void writeLines(OutputFile& file, const Primitives& primitives, std::size_t& str
     file.write(terminal::fromUtf8(block));
 }
 
-void checkWords(const DrawOptions& options)
-{
-    if (options.format != "json" && options.format != "text")
-        throw Failure(WrongUsage, "--format " + options.format + ": json or text is expected");
-    if (options.segmentGiven && options.segment.empty())
-        throw Failure(WrongUsage, "--segment: the name of a segment is expected; it is empty");
-    if (options.output.empty())
-        throw Failure(WrongUsage, "-o: a file, or - for standard output, is expected");
-}
-
-void checkOutput(const DrawOptions& options, const std::string& script)
-{
-    std::error_code error;
-    if (options.output != "-" && std::filesystem::equivalent(options.output, script, error))
-        throw Failure(WrongUsage, "-o " + options.output + ": a file other than the script is expected");
-}
-
 /// Runs the script. When this ends the script's state is gone, and nothing of it runs any more.
 Drawing drawingOf(const DrawOptions& options)
 {
     const StandardOutputAside aside; // outlives the session, since closing the state runs collectors
     ScriptSession session(options.script);
-    checkOutput(options, session.path());
+    checkOutput(options.result, session);
     session.load();
     Drawing drawing;
     drawing.path = session.path();
@@ -115,15 +93,13 @@ Drawing drawingOf(const DrawOptions& options)
 void write(const DrawOptions& options, const Drawing& drawing)
 {
     std::size_t strays = 0;
-    OutputFile file(options.output);
-    if (options.format == "json")
+    OutputFile file(options.result.output);
+    if (options.result.isJson())
         writeJson(file, drawing, strays);
     else
         writeLines(file, drawing.primitives, strays);
     file.finish();
-    if (strays != 0)
-        terminal::say("{}: {} bytes in its texts are no GBK and stand as {}", drawing.path, strays,
-                      options.format == "json" ? "U+F780 to U+F7FF" : "\\x80 to \\xFF");
+    tellStrays(options.result, drawing.path, strays);
     if (options.script.quiet) return;
     const std::size_t count = drawing.primitives.size();
     terminal::say("{} {}: {} primitive{}", drawing.script, terminal::fromGbk(drawing.segment), count,
@@ -132,16 +108,12 @@ void write(const DrawOptions& options, const Drawing& drawing)
 
 void draw(const DrawOptions& options)
 {
-    try {
-        checkWords(options);
+    withOutput(options.result, [&options] {
+        checkResultOptions(options.result);
+        if (options.segmentGiven && options.segment.empty())
+            throw Failure(WrongUsage, "--segment: the name of a segment is expected; it is empty");
         write(options, drawingOf(options));
-    } catch (const Failure& failure) {
-        if (failure.exitCode() == ScriptFailed) removeOutput(options.output);
-        throw;
-    } catch (const std::exception&) {
-        removeOutput(options.output);
-        throw;
-    }
+    });
 }
 
 } // namespace
@@ -156,14 +128,8 @@ void addDraw(CLI::App& program, Action& action)
         ->add_option("--segment", options->segment,
                      "The segment to call; default main, else the script's only function")
         ->type_name("NAME");
-    command
-        ->add_option("--format", options->format,
-                     "json (the default): for programs, in UTF-8; text: a line for each primitive")
-        ->type_name("json|text");
-    command->add_option("-o", options->output, "The file to write; default -, standard output")
-        ->type_name("FILE");
+    addResultOptions(*command, options->result, "json", "a line for each primitive");
     command->callback([command, options, &action] {
-        options->script.factorGiven = command->count("--factor") != 0;
         options->segmentGiven = command->count("--segment") != 0;
         action = [options] { draw(*options); };
     });

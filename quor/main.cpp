@@ -1,9 +1,11 @@
 #include "Failure.h"
+#include "Language.h"
 #include "Subcommands.h"
 #include "Terminal.h"
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <optional>
 
 namespace {
 
@@ -17,7 +19,14 @@ int run(int count, char** arguments)
     quor::terminal::characterSet(); // read now, before scripts and libraries run
     CLI::App program(about, "quor");
     quor::Action action;
+    program.require_subcommand(0, 1); // a later argument is never taken for another subcommand
+    quor::addAsk(program, action);
+    quor::addCall(program, action);
+    quor::addConfig(program, action);
     quor::addDraw(program, action);
+    quor::addKeypoints(program, action);
+    std::optional<std::string> language;
+    quor::language::addOption(program, language);
     try {
         program.parse(count, arguments);
     } catch (const CLI::Success& help) {
@@ -26,6 +35,7 @@ int run(int count, char** arguments)
         throw quor::Failure(quor::WrongUsage, fmt::format("{}\n{}", error.what(), seeHelp));
     }
     if (!action) throw quor::Failure(quor::WrongUsage, std::string("a subcommand is expected\n") + seeHelp);
+    quor::language::choose(language);
     action();
     return quor::Done;
 }

@@ -17,4 +17,15 @@ inline bool pushGlobalTable(lua_State* frame, const char* name)
     return lua_istable(frame, -1);
 }
 
+/// Stores what `push` pushes in the global table of a name, past metamethods; nothing where there is no such
+/// table. [-0, +?, e]
+template<class Push>
+void setInGlobalTable(lua_State* frame, const char* table, const char* field, Push push)
+{
+    if (!pushGlobalTable(frame, table)) return;
+    lua_pushstring(frame, field);
+    push(frame);
+    lua_rawset(frame, -3);
+}
+
 } // namespace quorlua

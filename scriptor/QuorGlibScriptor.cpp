@@ -139,10 +139,8 @@ void QuorGlibScriptor::addLibFuncLua(const char* table, const char* name, lua_CF
 {
     if (!state_ || !table || !name || !function) return;
     guard::run(state_, [table, name, function](lua_State* frame) {
-        if (!quorlua::pushGlobalTable(frame, table)) return 0;
-        lua_pushstring(frame, name);
-        lua_pushcfunction(frame, function);
-        lua_rawset(frame, -3);
+        quorlua::setInGlobalTable(frame, table, name,
+                                  [function](lua_State* state) { lua_pushcfunction(state, function); });
         return 0;
     });
 }

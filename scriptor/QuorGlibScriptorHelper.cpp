@@ -13,10 +13,8 @@ namespace guard = quorlua::guard;
 int bindMessages(lua_State* frame, QuorGlibScriptorHelper::MessageFunction message)
 {
     lua_tinker::def(frame, "_ALERT", message);
-    if (!quorlua::pushGlobalTable(frame, "kxcom")) return 0;
-    lua_pushliteral(frame, "errorMsg");
-    lua_tinker::push_function(frame, message);
-    lua_rawset(frame, -3);
+    quorlua::setInGlobalTable(frame, "kxcom", "errorMsg",
+                              [message](lua_State* state) { lua_tinker::push_function(state, message); });
     return 0;
 }
 

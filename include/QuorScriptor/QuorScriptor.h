@@ -6,4 +6,5 @@
 #include <QuorScriptor/GlibStatus.h>
 #include <QuorScriptor/QuorGlibScriptor.h>
 #include <QuorScriptor/QuorGlibScriptorHelper.h>
+#include <QuorScriptor/quorconfig.h>
 #include <QuorScriptor/quorlua.h>

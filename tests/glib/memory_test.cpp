@@ -1,6 +1,9 @@
 #include "../rationed_memory.h"
 #include "primary_state.h"
 
+#include <QuorCommon/QuorSystem.h>
+#include <thread>
+
 namespace {
 
 constexpr const char* everything = R"(
@@ -87,6 +90,50 @@ TEST(ExhaustedState, RaisesNothingWithEveryRequestRefused)
 TEST(ExhaustedState, RaisesNothingInAStateThatParsesForTheFirstTime)
 {
     EXPECT_EQ(parseRationed(false), whole);
+}
+
+/// A path's places, with the first ones left out that it had before.
+Texts placesAfter(const std::string& before, const std::string& path)
+{
+    Texts places;
+    std::istringstream added(path.substr(std::min(before.size(), path.size())));
+    for (std::string place; std::getline(added, place, ';');)
+        if (!place.empty()) places.push_back(place);
+    return places;
+}
+
+TEST(ExhaustedHost, LeavesPlacesOutOfTheSearchPath)
+{
+    // Too long to be kept within a string object.
+    QuorSystem::setInstallationFolder("/an/installation/folder/with/a/long/name");
+    std::size_t most = 0;
+    int failures = 0;
+    for (long blocks = 0; most < 5; ++blocks) {
+        ASSERT_LT(blocks, 100);
+        QuorGlibScriptor scriptor;
+        lua_State* L = scriptor.getLua(false);
+        const std::string before = luatext::shown(L, "package.path");
+        lua_getglobal(L, "glib");
+        lua_getfield(L, -1, "setpath");
+        int status = -1;
+        // The path service keeps a thread's texts and their memory: so a thread that never asked.
+        std::thread thread([&] {
+            rationed::allowed = blocks;
+            status = lua_pcall(L, 0, LUA_MULTRET, 0);
+            rationed::allowed = -1;
+        });
+        thread.join();
+        EXPECT_EQ(status, 0) << blocks;
+        EXPECT_EQ(lua_gettop(L), 2) << "the results of " << blocks;
+        const Texts places = placesAfter(before, luatext::shown(L, "package.path"));
+        EXPECT_GE(places.size(), most) << "more memory, fewer places";
+        most = places.size();
+        failures += most < 5;
+        for (const std::string& place : places)
+            EXPECT_THAT(place, testing::StartsWith("/an/installation/folder/with/a/long/name/")) << blocks;
+    }
+    EXPECT_GE(failures, 5);
+    QuorSystem::setInstallationFolder(nullptr);
 }
 
 } // namespace

@@ -60,7 +60,7 @@ CommandRun runQuor(const Arguments& arguments, const Arguments& environment)
     Arguments command = {quorCommand()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     Arguments settings = {"QUOR_INSTALLATION=" QUOR_SOURCE_DIR "/sample/installation",
-                          "QUOR_PROJECT=" QUOR_SOURCE_DIR "/sample/project"};
+                          "QUOR_PROJECT=" QUOR_SOURCE_DIR "/sample/project", "LANGUAGE=zh"};
     settings.insert(settings.end(), environment.begin(), environment.end());
     return runProgram(command, settings);
 }

@@ -14,8 +14,9 @@ struct CommandRun {
 
 using Arguments = std::vector<std::string>;
 
-/// Runs `quor` with the sample's installation and project. `environment` holds NAME=VALUE texts that are set
-/// over those of this process; a NAME alone is taken away.
+/// Runs `quor` with the sample's installation and project, and messages in Chinese, whatever the locale of
+/// this process is. `environment` holds NAME=VALUE texts that are set over those of this process; a NAME
+/// alone is taken away.
 CommandRun runQuor(const Arguments& arguments, const Arguments& environment = {});
 
 /// The command's path.

@@ -22,11 +22,17 @@ std::string_view viewOf(const char* text)
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
+/// Set once a thread has given up its texts. A script's collectors may still run, and ask, behind that:
+/// states are closed when the process ends.
+constinit thread_local bool textsAreGone = false;
+
 /// The texts handed out on one thread. One more than eight, so that a text still stands while the eighth
 /// later call reads it as its argument.
 struct RecentTexts {
     std::array<std::string, 9> texts;
     std::size_t next = 0;
+
+    ~RecentTexts() { textsAreGone = true; }
 
     std::string& oldest()
     {
@@ -48,6 +54,7 @@ using Base = const std::string& (*)();
 
 const char* resolve(Base base, std::string_view folder, std::string_view name)
 {
+    if (textsAreGone) return "";
     thread_local RecentTexts recent;
     try {
         std::string& path = recent.oldest();

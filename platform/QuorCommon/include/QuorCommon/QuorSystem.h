@@ -27,8 +27,8 @@
 ///
 /// Results. Functions that give a `const char*` never give null. The text belongs to the service, is kept per
 /// thread, and is valid until the eighth later call on the same thread has returned, or the thread ends; it
-/// may be an argument of any of these calls. It is "" when memory runs out. No exception leaves, except from
-/// the two set-up functions.
+/// may be an argument of any of these calls. It is "" when memory runs out, and on a thread that has ended
+/// but for its last destructors. No exception leaves, except from the two set-up functions.
 ///
 /// Threads. Any number of threads may ask at once. The set-up functions run while no other thread asks.
 namespace QuorSystem {

@@ -1,0 +1,155 @@
+#include "ConfigSession.h"
+
+#include "AnsweredPath.h"
+#include "Failure.h"
+#include "GuestFunctions.h"
+#include "Terminal.h"
+
+#include <QuorCommon/QuorCommon.h>
+#include <QuorMsgHandle/QuorMsgHandle.h>
+#include <QuorScriptor/configstate.h>
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+namespace quor {
+namespace {
+
+constexpr const char* projectScript = "quorModuleSystem.lua";
+constexpr const char* systemScript = "mirtSystemConfig.lua";
+
+/// Whether a message is the report of an error that a script raised: the binding layer puts a traceback
+/// behind it, except where Lua itself fails, with a text of its own.
+bool isErrorReport(const std::string& message)
+{
+    return message.find("\nstack traceback:") != std::string::npos || message == "not enough memory" ||
+           message == "error in error handling";
+}
+
+bool hasErrorReport(const std::vector<std::string>& messages)
+{
+    return std::any_of(messages.begin(), messages.end(), isErrorReport);
+}
+
+std::optional<std::string> gbkOf(const std::optional<std::string>& argument, const char* flag)
+{
+    if (!argument) return std::nullopt;
+    return terminal::gbkFrom(*argument, fmt::format("{} {}", flag, *argument));
+}
+
+const char* textOrNull(const std::optional<std::string>& text)
+{
+    return text ? text->c_str() : nullptr;
+}
+
+void addText(CLI::App& command, const char* flag, std::optional<std::string>& text, const char* meaning,
+             const char* form)
+{
+    command
+        .add_option_function<std::string>(
+            flag, [&text](const std::string& value) { text = value; }, meaning)
+        ->type_name(form)
+        ->take_last();
+}
+
+} // namespace
+
+void addConfigOptions(CLI::App& command, ConfigOptions& options)
+{
+    addFolderOptions(command, options.folders);
+    addText(command, "--config", options.file,
+            "The project script, in the installation's \"bin\"; default quorModuleSystem.lua", "FILE");
+    addText(command, "--init-arg", options.initArg, "Calls the project script's initConfig(TEXT)", "TEXT");
+    addText(command, "--user-version", options.userVersion, "Calls its setUserVersion(TEXT)", "TEXT");
+    addText(command, "--design-db-module", options.designDbModule, "Calls its setDesignDbModule(TEXT)",
+            "TEXT");
+    command.add_flag("--permit-null", options.permitNull,
+                     "Asks as a host that permits null: no messages, and none of the fallbacks behind them");
+}
+
+ConfigSession::ConfigSession(const ConfigOptions& options)
+    : options_(options), initArg_(gbkOf(options.initArg, "--init-arg")),
+      userVersion_(gbkOf(options.userVersion, "--user-version")),
+      designDbModule_(gbkOf(options.designDbModule, "--design-db-module"))
+{
+    if (options.file && options.file->empty())
+        throw Failure(WrongUsage, "--config: the name of a script is expected; it is empty");
+    setFolders(options.folders);
+    static const bool registered = (registerGuestFunctions(), true);
+    static_cast<void>(registered);
+    // States of this session's own, which end with it. The default ones live on while the process ends.
+    quorconfig::allocThreadConfig(quorsys::currentThreadId());
+    kxcom::setMessageSink(receive, this);
+    quorconfig::permitNullReturn(options.permitNull);
+}
+
+ConfigSession::~ConfigSession()
+{
+    isSettingUp_ = true; // whatever the scripts have left to say is shown at once
+    quorconfig::freeThreadConfig(quorsys::currentThreadId());
+    quorconfig::permitNullReturn(false);
+    kxcom::setMessageSink(nullptr, nullptr);
+}
+
+void ConfigSession::receive(const char* text, void* session)
+{
+    auto* self = static_cast<ConfigSession*>(session);
+    if (self->isSettingUp_) terminal::showMessage(std::string_view(text));
+    try {
+        self->messages_.emplace_back(text);
+    } catch (const std::exception&) {
+        if (!self->isSettingUp_) terminal::showMessage(std::string_view(text));
+    }
+}
+
+std::string ConfigSession::pathOf(ConfigScript script) const
+{
+    if (script == ConfigScript::System) return QuorSystem::getFullQuorName("bin", systemScript);
+    return QuorSystem::getBinRuntimeFullName(options_.file ? options_.file->c_str() : projectScript);
+}
+
+void ConfigSession::load(ConfigScript script)
+{
+    const bool isReady = script == ConfigScript::System
+                             ? quorconfig::initSysConfig()
+                             : quorconfig::initConfig(textOrNull(options_.file), textOrNull(initArg_),
+                                                      textOrNull(userVersion_), textOrNull(designDbModule_));
+    if (isReady) return;
+    const std::string path = pathOf(script);
+    long long time = 0;
+    const char* reason = quorsys::fileModificationTime(path.c_str(), time)
+                             ? "it cannot be read, compiled or run to its end"
+                             : "there is no such file, or it cannot be examined";
+    throw Failure(ScriptFailed, fmt::format("{}: {}", path, reason));
+}
+
+void ConfigSession::prepare(ConfigScript script)
+{
+    if (std::find(ready_.begin(), ready_.end(), script) != ready_.end()) return;
+    ready_.push_back(script);
+    const std::string path = pathOf(script);
+    terminal::expectPath(path);
+    isSettingUp_ = true;
+    load(script);
+    isSettingUp_ = false;
+    if (hasErrorReport(messages_)) raisedInSetUp_.push_back(path);
+    std::move(messages_.begin(), messages_.end(), std::back_inserter(setUpMessages_));
+    messages_.clear();
+}
+
+ConfigAnswer ConfigSession::ask(const Getter& getter, const GetterArguments& arguments)
+{
+    prepare(getter.script);
+    ConfigAnswer answer;
+    answer.getter = &getter;
+    answer.arguments = arguments;
+    answer.value = getter.ask(answer.arguments);
+    answer.origin = quorconfig::lastAnswerOrigin();
+    answer.messages = std::exchange(messages_, {});
+    answer.raised = hasErrorReport(answer.messages);
+    const auto* path = std::get_if<std::string>(&answer.value);
+    if (getter.text == GetterText::Path && path && !path->empty()) answer.isThere = leadsSomewhere(*path);
+    return answer;
+}
+
+} // namespace quor

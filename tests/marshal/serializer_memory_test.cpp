@@ -1,0 +1,179 @@
+// The serializer when memory runs out: every failure is a result, and the process goes on.
+
+#include <QuorCommon/QuorSystem.h>
+#include <QuorScriptor/LuaSerialize.h>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <gmock/gmock.h>
+#include <lua.hpp>
+#include <string>
+
+namespace {
+
+/// Requests for more memory that every state is still granted; without end when negative.
+int left = -1;
+
+void* allocate(void*, void* block, std::size_t oldSize, std::size_t newSize)
+{
+    if (newSize == 0) {
+        std::free(block);
+        return nullptr;
+    }
+    if (newSize > oldSize && left == 0) return nullptr;
+    if (newSize > oldSize && left > 0) --left;
+    return std::realloc(block, newSize);
+}
+
+} // namespace
+
+// Stands in for the engine's own: so the serializer's state, too, takes what is granted here.
+__attribute__((visibility("default"))) lua_State* luaL_newstate()
+{
+    return lua_newstate(allocate, nullptr);
+}
+
+namespace {
+
+using quorlua::LuaSerialize;
+
+class SerializerOutOfMemory : public testing::Test {
+protected:
+    SerializerOutOfMemory() { QuorSystem::setInstallationFolder(QUOR_SOURCE_DIR "/sample/installation"); }
+    ~SerializerOutOfMemory() override
+    {
+        left = -1;
+        QuorSystem::setInstallationFolder(nullptr);
+    }
+
+    void SetUp() override
+    {
+        lua_State* probe = luaL_newstate();
+        if (!probe) GTEST_SKIP() << "this engine takes no allocator";
+        lua_close(probe);
+    }
+
+    /// How many requests a state with the standard libraries takes. Walks of new states go on from there:
+    /// where memory runs out while it opens its io library, the interpreter closes the process's standard
+    /// output.
+    static int requestsOfLibraries()
+    {
+        constexpr int plenty = 1000000;
+        left = plenty;
+        lua_State* L = luaL_newstate();
+        luaL_openlibs(L);
+        const int used = plenty - left;
+        left = -1;
+        lua_close(L);
+        return used;
+    }
+
+    /// Grants 0, 1, 2, ... requests until the operation succeeds. It is to leave one value in any case.
+    static void untilSuccess(const std::function<bool()>& operation)
+    {
+        constexpr int many = 5000;
+        lua_State* L = LuaSerialize::getLua();
+        ASSERT_NE(L, nullptr);
+        const int top = lua_gettop(L);
+        for (int granted = 0; granted < many; ++granted) {
+            lua_gc(L, LUA_GCCOLLECT, 0);
+            // Nothing is collected while memory is short, so that every request counts.
+            lua_gc(L, LUA_GCSTOP, 0);
+            testing::internal::CaptureStderr();
+            left = granted;
+            const bool done = operation();
+            left = -1;
+            testing::internal::GetCapturedStderr();
+            lua_gc(L, LUA_GCRESTART, 0);
+            ASSERT_EQ(lua_gettop(L), top + 1) << "with " << granted << " requests granted";
+            if (done) {
+                EXPECT_GT(granted, 10);
+                return;
+            }
+            EXPECT_TRUE(lua_isnil(L, -1)) << "with " << granted << " requests granted";
+            lua_settop(L, top);
+        }
+        FAIL() << "never succeeded";
+    }
+
+    /// Leaves a table on the serializer's stack.
+    static void makeTable()
+    {
+        lua_State* L = LuaSerialize::getLua();
+        ASSERT_NE(L, nullptr);
+        LuaSerialize::clear();
+        ASSERT_EQ(luaL_dostring(L, "local s = {1, 2.5} return {s, s, name = 'a\\nb', [int64(7)] = 1 / 3}"),
+                  0);
+    }
+
+    static constexpr const char* text =
+        "quor-table 1 {&1{1,2.5},*1,\"name\"=\"a\\0Ab\",#7=6004799503160661p-54}";
+};
+
+/// In a process of its own, where there is no state yet.
+class SerializerOutOfMemoryDeathTest : public SerializerOutOfMemory {
+protected:
+    SerializerOutOfMemoryDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+    ~SerializerOutOfMemoryDeathTest() override { GTEST_FLAG_SET(death_test_style, "fast"); }
+
+    /// Grants as many requests as the libraries take and 0, 1, 2, ... more until there is a state; then tells
+    /// how many more these were.
+    [[noreturn]] static void makeState()
+    {
+        const int libraries = requestsOfLibraries();
+        int more = 0;
+        lua_State* L = nullptr;
+        for (; !L && more < 5000; ++more) {
+            testing::internal::CaptureStderr();
+            left = libraries + more;
+            L = LuaSerialize::getLua();
+            left = -1;
+            testing::internal::GetCapturedStderr();
+        }
+        const bool isMade =
+            more > 100 && L && lua_gettop(L) == 1 && LuaSerialize::unSerial(text) && lua_istable(L, 2);
+        if (!isMade) std::fprintf(stderr, "%d requests more\n", more);
+        std::exit(isMade ? 0 : 1);
+    }
+};
+
+TEST_F(SerializerOutOfMemoryDeathTest, HasNoStateUntilThereIsEnough)
+{
+    EXPECT_EXIT(makeState(), testing::ExitedWithCode(0), testing::StrEq(""));
+}
+
+TEST_F(SerializerOutOfMemory, WritesOrGivesNothing)
+{
+    makeTable();
+    const char* written = nullptr;
+    untilSuccess([&written] { return (written = LuaSerialize::serial(2)) != nullptr; });
+    EXPECT_STREQ(written, text);
+    LuaSerialize::clear();
+}
+
+TEST_F(SerializerOutOfMemory, TurnsANumberIntoTextOrGivesNothing)
+{
+    makeTable();
+    lua_State* L = LuaSerialize::getLua();
+    ASSERT_EQ(luaL_dostring(L,
+                            "kept = serializeTable local n = 1234567"
+                            " function serializeTable() n = n + 1 local t = {} for i = 1, 20 do t[i] = {} end"
+                            " return n end"),
+              0);
+    untilSuccess([] { return LuaSerialize::serial(2) != nullptr; });
+    EXPECT_EQ(lua_type(L, -1), LUA_TSTRING);
+    ASSERT_EQ(luaL_dostring(L, "serializeTable = kept"), 0);
+    LuaSerialize::clear();
+}
+
+TEST_F(SerializerOutOfMemory, ReadsOrLeavesNil)
+{
+    makeTable();
+    lua_State* L = LuaSerialize::getLua();
+    LuaSerialize::clear();
+    untilSuccess([L] { return LuaSerialize::unSerial(text) && !lua_isnil(L, -1); });
+    EXPECT_STREQ(LuaSerialize::serial(2), text);
+    LuaSerialize::clear();
+}
+
+} // namespace
