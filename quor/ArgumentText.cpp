@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
 namespace quor {
 namespace {
@@ -23,7 +25,11 @@ NumberReading readNumber(std::string_view text, double& number)
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, number);
     if (error == std::errc::invalid_argument || rest != end) return NumberReading::NoNumber;
-    if (error == std::errc::result_out_of_range) return NumberReading::TooLarge;
+    // Out of range is also what is too small to tell from 0. The command's locale is "C".
+    if (error == std::errc::result_out_of_range) {
+        number = std::strtod(std::string(text).c_str(), nullptr);
+        if (!std::isfinite(number)) return NumberReading::TooLarge;
+    }
     // The words "inf" and "nan" are read as numbers, too.
     return std::isfinite(number) ? NumberReading::Number : NumberReading::NoNumber;
 }

@@ -7,6 +7,7 @@
 #include "Terminal.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -223,7 +224,7 @@ std::vector<KVParams> readRecords(const std::string& text, const std::string& pl
     for (std::size_t first = 0; first < text.size();) {
         const std::size_t end = std::min(text.find(';', first), text.size());
         const std::string record = text.substr(first, end - first);
-        records.push_back(readParameter(record, place + " " + record));
+        records.push_back(readParameter(record, fmt::format("{} {}", place, record)));
         first = end + 1;
     }
     return records;
@@ -232,6 +233,7 @@ std::vector<KVParams> readRecords(const std::string& text, const std::string& pl
 std::vector<KVData> dataOf(const std::vector<KVParams>& records)
 {
     std::vector<KVData> data;
+    data.reserve(records.size());
     for (const KVParams& record : records)
         data.push_back({record.key, record.value});
     return data;

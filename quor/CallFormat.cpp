@@ -111,9 +111,10 @@ CallFormat readCallFormat(const std::string& format)
     for (std::size_t i = 0; i < format.size(); ++i) {
         const char letter = format[i];
         const bool isArgument = i < arrow;
+        const std::size_t place = isArgument ? i + 1 : i; // the '>' between is no letter
         const auto fail = [&](const std::string& reason) {
             throw Failure(WrongUsage,
-                          fmt::format("FORMAT {}: letter {}, {}, {}", format, i + 1, shown(letter), reason));
+                          fmt::format("FORMAT {}: letter {}, {}, {}", format, place, shown(letter), reason));
         };
         if (i == arrow) continue;
         if (isArgument && !isLetter<true>(letter))
@@ -123,9 +124,10 @@ CallFormat readCallFormat(const std::string& format)
         if (isArgument && !find(letter)->argument)
             fail(fmt::format("takes a {}, which no command line can give", find(letter)->meaning));
     }
-    if (format.size() > mostLetters)
+    const std::size_t count = arrow == std::string::npos ? format.size() : format.size() - 1;
+    if (count > mostLetters)
         throw Failure(WrongUsage, fmt::format("FORMAT: at most {} letters are expected; there are {}",
-                                              mostLetters, format.size()));
+                                              mostLetters, count));
     if (arrow == std::string::npos) return {format, ""};
     return {format.substr(0, arrow), format.substr(arrow + 1)};
 }

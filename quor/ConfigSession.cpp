@@ -7,6 +7,7 @@
 
 #include <QuorCommon/QuorCommon.h>
 #include <QuorMsgHandle/QuorMsgHandle.h>
+#include <QuorPureScriptor/lua_tinker.h>
 #include <QuorScriptor/configstate.h>
 #include <algorithm>
 #include <fmt/format.h>
@@ -18,18 +19,14 @@ namespace {
 constexpr const char* projectScript = "quorModuleSystem.lua";
 constexpr const char* systemScript = "mirtSystemConfig.lua";
 
-/// Whether a message is the report of an error that a script raised: the binding layer puts a traceback
-/// behind it, except where Lua itself fails, with a text of its own.
-bool isErrorReport(const std::string& message)
-{
-    return message.find("\nstack traceback:") != std::string::npos || message == "not enough memory" ||
-           message == "error in error handling";
-}
+/// Whether errors of scripts were met in its life.
+class ErrorWatch {
+public:
+    bool sawErrors() const { return lua_tinker::error_count() != before_; }
 
-bool hasErrorReport(const std::vector<std::string>& messages)
-{
-    return std::any_of(messages.begin(), messages.end(), isErrorReport);
-}
+private:
+    unsigned long long before_ = lua_tinker::error_count();
+};
 
 std::optional<std::string> gbkOf(const std::optional<std::string>& argument, const char* flag)
 {
@@ -64,7 +61,8 @@ void addConfigOptions(CLI::App& command, ConfigOptions& options)
     addText(command, "--design-db-module", options.designDbModule, "Calls its setDesignDbModule(TEXT)",
             "TEXT");
     command.add_flag("--permit-null", options.permitNull,
-                     "Asks as a host that permits null: no messages, and none of the fallbacks behind them");
+                     "Asks as a host that permits null: the getters show no messages of their own, and give "
+                     "none of the fallbacks behind them");
 }
 
 ConfigSession::ConfigSession(const ConfigOptions& options)
@@ -80,6 +78,7 @@ ConfigSession::ConfigSession(const ConfigOptions& options)
     // States of this session's own, which end with it. The default ones live on while the process ends.
     quorconfig::allocThreadConfig(quorsys::currentThreadId());
     kxcom::setMessageSink(receive, this);
+    lua_tinker::set_error_outlet(receiveReport, this);
     quorconfig::permitNullReturn(options.permitNull);
 }
 
@@ -89,16 +88,26 @@ ConfigSession::~ConfigSession()
     quorconfig::freeThreadConfig(quorsys::currentThreadId());
     quorconfig::permitNullReturn(false);
     kxcom::setMessageSink(nullptr, nullptr);
+    lua_tinker::set_error_outlet(nullptr, nullptr);
 }
 
 void ConfigSession::receive(const char* text, void* session)
 {
-    auto* self = static_cast<ConfigSession*>(session);
-    if (self->isSettingUp_) terminal::showMessage(std::string_view(text));
+    static_cast<ConfigSession*>(session)->keepOrShow(text);
+}
+
+void ConfigSession::receiveReport(const char* text, std::size_t length, void* session)
+{
+    static_cast<ConfigSession*>(session)->keepOrShow(std::string_view(text, length));
+}
+
+void ConfigSession::keepOrShow(std::string_view message)
+{
+    if (isSettingUp_) terminal::showMessage(message);
     try {
-        self->messages_.emplace_back(text);
+        messages_.emplace_back(message);
     } catch (const std::exception&) {
-        if (!self->isSettingUp_) terminal::showMessage(std::string_view(text));
+        if (!isSettingUp_) terminal::showMessage(message);
     }
 }
 
@@ -130,9 +139,10 @@ void ConfigSession::prepare(ConfigScript script)
     const std::string path = pathOf(script);
     terminal::expectPath(path);
     isSettingUp_ = true;
+    const ErrorWatch watch;
     load(script);
     isSettingUp_ = false;
-    if (hasErrorReport(messages_)) raisedInSetUp_.push_back(path);
+    if (watch.sawErrors()) raisedInSetUp_.push_back(path);
     std::move(messages_.begin(), messages_.end(), std::back_inserter(setUpMessages_));
     messages_.clear();
 }
@@ -143,10 +153,14 @@ ConfigAnswer ConfigSession::ask(const Getter& getter, const GetterArguments& arg
     ConfigAnswer answer;
     answer.getter = &getter;
     answer.arguments = arguments;
+    const ErrorWatch watch;
     answer.value = getter.ask(answer.arguments);
     answer.origin = quorconfig::lastAnswerOrigin();
     answer.messages = std::exchange(messages_, {});
-    answer.raised = hasErrorReport(answer.messages);
+    answer.raised = watch.sawErrors();
+    // False of a function that failed is no answer of the script's.
+    if (answer.raised && std::holds_alternative<bool>(answer.value) && !std::get<bool>(answer.value))
+        answer.origin = quorconfig::AnswerOrigin::None;
     const auto* path = std::get_if<std::string>(&answer.value);
     if (getter.text == GetterText::Path && path && !path->empty()) answer.isThere = leadsSomewhere(*path);
     return answer;

@@ -8,6 +8,7 @@
 #include <QuorScriptor/getters.h>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quor {
@@ -66,6 +67,8 @@ public:
 
 private:
     static void receive(const char* text, void* session);
+    static void receiveReport(const char* text, std::size_t length, void* session);
+    void keepOrShow(std::string_view message);
     void load(ConfigScript script);
 
     const StandardOutputAside aside_; // ends last, since closing a state runs collectors

@@ -4,40 +4,65 @@
 #include "Terminal.h"
 
 #include <QuorCommon/QuorSystem.h>
+#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 
 namespace quor {
 namespace {
 
-void setFolder(void (*set)(const char*), const std::string& folder, const char* option)
+/// A folder that can be named in two ways.
+struct Named {
+    const char* option;
+    const char* variable;
+    void (*set)(const char*);
+    const char* (*get)();
+};
+
+constexpr Named installationFolder = {"--installation", "QUOR_INSTALLATION",
+                                      QuorSystem::setInstallationFolder, QuorSystem::quorEnv};
+constexpr Named projectFolder = {"--project", "QUOR_PROJECT", QuorSystem::setProjectFolder,
+                                 QuorSystem::getCurrentProjPath};
+
+void setFolder(const Named& folder, const std::optional<std::string>& given)
 {
-    if (folder.empty()) return;
+    if (given && given->empty())
+        throw Failure(WrongUsage,
+                      fmt::format("{}: the path of a folder is expected; it is empty", folder.option));
+    if (given) folder.set(given->c_str());
+    const char* named = given ? nullptr : std::getenv(folder.variable);
+    if (!given && !(named && *named)) return;
+    // What the service made of it is what counts: it may read separators where the system has none.
     std::error_code error;
-    if (!std::filesystem::is_directory(folder, error))
-        throw Failure(WrongUsage, fmt::format("{} {}: a folder is expected; there is none", option, folder));
-    set(folder.c_str());
+    if (std::filesystem::is_directory(folder.get(), error)) return;
+    throw Failure(WrongUsage, fmt::format("{}{}{}: a folder is expected; there is none",
+                                          given ? folder.option : folder.variable, given ? " " : "=",
+                                          given ? *given : named));
+}
+
+void addFolder(CLI::App& command, const Named& folder, std::optional<std::string>& given, const char* help)
+{
+    command
+        .add_option_function<std::string>(
+            folder.option, [&given](const std::string& value) { given = value; }, help)
+        ->type_name("DIR")
+        ->take_last();
 }
 
 } // namespace
 
 void addFolderOptions(CLI::App& command, HostFolders& folders)
 {
-    command
-        .add_option(
-            "--installation", folders.installation,
-            "The installation's folder; default QUOR_INSTALLATION, else the folder beside the program")
-        ->type_name("DIR");
-    command
-        .add_option("--project", folders.project,
-                    "The project's folder; default QUOR_PROJECT, else \"project\" in the installation")
-        ->type_name("DIR");
+    addFolder(command, installationFolder, folders.installation,
+              "The installation's folder; default QUOR_INSTALLATION, else the folder beside the program");
+    addFolder(command, projectFolder, folders.project,
+              "The project's folder; default QUOR_PROJECT, else \"project\" in the installation");
 }
 
 void setFolders(const HostFolders& folders)
 {
-    setFolder(QuorSystem::setInstallationFolder, folders.installation, "--installation");
-    setFolder(QuorSystem::setProjectFolder, folders.project, "--project");
+    setFolder(installationFolder, folders.installation);
+    setFolder(projectFolder, folders.project);
     terminal::expectPath(QuorSystem::quorEnv());
     terminal::expectPath(QuorSystem::getCurrentProjPath());
 }

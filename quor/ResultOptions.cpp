@@ -80,7 +80,9 @@ std::string jsonHead(const std::string& script, const char* member, const std::s
 void tellStrays(const ResultOptions& options, const std::string& path, std::size_t strays)
 {
     if (strays == 0) return;
-    terminal::say("{}: {} bytes in its texts are no GBK and stand as {}", path, strays,
+    const bool isOne = strays == 1;
+    terminal::say("{}: {} byte{} in its texts {} no GBK and stand{} as {}", path, strays, isOne ? "" : "s",
+                  isOne ? "is" : "are", isOne ? "s" : "",
                   options.isJson() ? "U+F780 to U+F7FF" : "\\x80 to \\xFF");
 }
 

@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <fmt/format.h>
 #include <limits>
 #include <string_view>
 
@@ -72,7 +73,9 @@ KxGePoint3D readPoint(const JsonNode& node)
 KxGeVector3D readDirection(const JsonNode& node)
 {
     const auto [x, y, z] = readThree(node, directionForm);
-    if (x == 0 && y == 0 && z == 0) node.fail(directionForm);
+    if (x == 0 && y == 0 && z == 0)
+        throw Failure(WrongUsage,
+                      fmt::format("{}: {} expected; [0, 0, 0] is there", node.place(), directionForm));
     return {x, y, z};
 }
 

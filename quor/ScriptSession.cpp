@@ -37,6 +37,12 @@ int showText(lua_State* L)
     return 0;
 }
 
+/// Shows a report that no "_ALERT" takes, since the script has replaced it.
+void showReport(const char* text, std::size_t length, void*)
+{
+    terminal::showMessage(std::string_view(text, length));
+}
+
 constexpr luaL_Reg messageFunctions[] = {{"printf", showText}, {nullptr, nullptr}};
 
 /// The name of the command's own Lua code.
@@ -199,6 +205,7 @@ ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
     checkParameters(options.settings);
     setFolders(options.folders);
     kxcom::setMessageSink(terminal::showMessage, nullptr);
+    lua_tinker::set_error_outlet(showReport, nullptr);
     kxcom::clearQuorLastError();
     static const bool registered = (quorlua::addRegLuaModule("acadui", messageFunctions), true);
     static_cast<void>(registered);
@@ -249,6 +256,7 @@ ScriptSession::~ScriptSession()
     }
     scriptor_.reset();
     kxcom::setMessageSink(nullptr, nullptr);
+    lua_tinker::set_error_outlet(nullptr, nullptr);
 }
 
 void ScriptSession::load()

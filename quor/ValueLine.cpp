@@ -2,9 +2,20 @@
 
 #include "CharacterSet.h"
 
+#include <cmath>
 #include <fmt/format.h>
+#include <limits>
 
 namespace quor {
+namespace {
+
+/// As `value`, but not-a-number without a sign: which one it has depends on the processor.
+double plain(double value)
+{
+    return std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
+}
+
+} // namespace
 
 void ValueLine::put(int value)
 {
@@ -19,7 +30,7 @@ void ValueLine::put(long long value)
 /// The shortest text that reads back as the same number; a whole number without a fraction.
 void ValueLine::put(double value)
 {
-    fmt::format_to(std::back_inserter(line_), "{}", value);
+    fmt::format_to(std::back_inserter(line_), "{}", plain(value));
 }
 
 void ValueLine::put(const std::string& gbk)
@@ -46,15 +57,15 @@ void ValueLine::put(const std::string& gbk)
 
 void ValueLine::put(const QuorPoint& value)
 {
-    fmt::format_to(std::back_inserter(line_), "({}, {}, {})", value.x, value.y, value.z);
+    fmt::format_to(std::back_inserter(line_), "({}, {}, {})", plain(value.x), plain(value.y), plain(value.z));
 }
 
 void ValueLine::put(const KxGeMatrix3D& value)
 {
     const char* before = "[";
     for (int row = 0; row < 4; ++row) {
-        fmt::format_to(std::back_inserter(line_), "{}({}, {}, {}, {})", before, value(row, 0), value(row, 1),
-                       value(row, 2), value(row, 3));
+        fmt::format_to(std::back_inserter(line_), "{}({}, {}, {}, {})", before, plain(value(row, 0)),
+                       plain(value(row, 1)), plain(value(row, 2)), plain(value(row, 3)));
         before = ", ";
     }
     line_ += ']';
@@ -62,8 +73,8 @@ void ValueLine::put(const KxGeMatrix3D& value)
 
 void ValueLine::put(const QuorPolyDesc& value)
 {
-    fmt::format_to(std::back_inserter(line_), "{{{}, {}, {}, {}, ", value.kind, value.startWidth,
-                   value.endWidth, value.bulge);
+    fmt::format_to(std::back_inserter(line_), "{{{}, {}, {}, {}, ", value.kind, plain(value.startWidth),
+                   plain(value.endWidth), plain(value.bulge));
     put(value.point);
     line_ += '}';
 }

@@ -138,6 +138,17 @@ protected:
         return quorconfig::initSysConfig();
     }
 
+    /// Loads a script into the default project state, which the thread shares from here on.
+    void useDefaultSlot(const std::string& script)
+    {
+        // The state is the process's: a name that it has held before would not be loaded.
+        static int uses = 0;
+        const std::string name = "default" + std::to_string(++uses) + ".lua";
+        freeSlots();
+        write(name, script);
+        ASSERT_TRUE(quorconfig::initConfig(name.c_str(), nullptr, nullptr, nullptr));
+    }
+
     /// What an expression gives in the thread's project state, or system state.
     static std::string inProject(const char* expression)
     {

@@ -191,9 +191,7 @@ TEST_F(ExhaustedMemory, FailsAReloadAndKeepsTheState)
 
 TEST_F(ExhaustedMemory, LeavesAThreadWithTheDefaultStates)
 {
-    freeSlots();
-    write("default.lua", "function getProjectUser() return which or 'own' end");
-    ASSERT_TRUE(initConfig("default.lua", nullptr, nullptr, nullptr));
+    useDefaultSlot("function getProjectUser() return which or 'own' end");
     inProject("(function() which = 'default' end)()");
     const auto give = [this] { return quorconfig::allocThreadConfig(thread), true; };
     for (int granted = 0; granted < 2; ++granted) {

@@ -18,18 +18,7 @@ std::string saidAtTheEnd(const std::string& text)
     return "last = newproxy(true) getmetatable(last).__gc = function() kxcom.errorMsg('" + text + "') end ";
 }
 
-class Slots : public Config {
-protected:
-    /// Loads a script into the default project state, which this thread uses from here on. No other test has
-    /// used the name, so that it is loaded.
-    void useDefaultSlot(const std::string& script)
-    {
-        freeSlots();
-        const std::string name = std::string(testing::UnitTest::GetInstance()->current_test_info()->name());
-        write(name + ".lua", script);
-        ASSERT_TRUE(initConfig((name + ".lua").c_str(), nullptr, nullptr, nullptr));
-    }
-};
+class Slots : public Config {};
 
 TEST_F(Slots, OfAThreadAreApartFromTheDefaultOnes)
 {

@@ -10,7 +10,6 @@ namespace {
 using quorconfig::allocThreadConfig;
 using quorconfig::freeThreadConfig;
 using quorconfig::getProjectUserDbPath;
-using quorconfig::initConfig;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -35,9 +34,7 @@ class Threads : public Config {};
 
 TEST_F(Threads, WithoutSlotsShareTheDefaultOnes)
 {
-    freeSlots();
-    write("shared.lua", "count = 0 function getProjectUser() count = count + 1 return 'count ' .. count end");
-    EXPECT_TRUE(initConfig("shared.lua", nullptr, nullptr, nullptr));
+    useDefaultSlot("count = 0 function getProjectUser() count = count + 1 return 'count ' .. count end");
     for (int count = 1; count <= 6; count += 2) {
         const std::string here = "count " + std::to_string(count);
         EXPECT_EQ(getProjectUserDbPath(), here);

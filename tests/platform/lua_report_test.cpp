@@ -58,6 +58,43 @@ TEST_F(Report, IsOfAnyLength)
     }
 }
 
+TEST_F(Report, GoesToTheOutletThatIsSetWithoutAlert)
+{
+    std::vector<std::string> taken;
+    lua_tinker::set_error_outlet(
+        [](const char* text, std::size_t length, void* user) {
+            static_cast<std::vector<std::string>*>(user)->emplace_back(text, length);
+        },
+        &taken);
+    print_error_text(L, "to the script", 13);
+    run("_ALERT = nil");
+    const std::string errors = onStandardError([&] {
+        print_error(L, "a %s", "%s");
+        print_error_text(nullptr, "a\0b", 3);
+    });
+    lua_tinker::set_error_outlet(nullptr, nullptr);
+    EXPECT_EQ(errors, "");
+    EXPECT_THAT(taken, ElementsAre("a %s", std::string("a\0b", 3)));
+    EXPECT_EQ(onStandardError([&] { print_error(L, "%s", "again"); }), "again\n");
+}
+
+TEST_F(Report, ErrorsAreCountedWhateverBecomesOfTheirText)
+{
+    const unsigned long long before = lua_tinker::error_count();
+    print_error(L, "%s", "a message is no error");
+    run("pcall(error, 'caught')");
+    lua_tinker::call<void>(L, "missing");
+    EXPECT_EQ(lua_tinker::error_count(), before);
+    run("function raise() _ALERT = nil error('once') end");
+    onStandardError([&] { lua_tinker::call<void>(L, "raise"); });
+    EXPECT_EQ(lua_tinker::error_count(), before + 1);
+    run("_ALERT = function() error('in the report') end");
+    onStandardError([&] { lua_tinker::dobuffer(L, "error({})", 9); });
+    EXPECT_EQ(lua_tinker::error_count(), before + 2);
+    onStandardError([&] { lua_tinker::dobuffer(L, "syntax error", 12); });
+    EXPECT_GT(lua_tinker::error_count(), before + 2);
+}
+
 TEST_F(Report, GoesToStandardErrorWithoutAlert)
 {
     for (const char* chunk :

@@ -330,7 +330,7 @@ TEST_F(Ask, BytesThatAreNoGbkAreTold)
         ask("function quorgetparam_ui() return 0, nil, nil, {name = '\\255'} end", {"--kind", "ui"});
     EXPECT_THAT(run.output, EndsWith("parameters [\"name\"=\"\\xFF\"]\n"));
     EXPECT_EQ(run.errors, scratch_.path("s.lua") +
-                              ": 1 bytes in its texts are no GBK and stand as \\x80 to \\xFF\n"
+                              ": 1 byte in its texts is no GBK and stands as \\x80 to \\xFF\n"
                               "s.lua quorgetparam_ui: answered\n");
 }
 

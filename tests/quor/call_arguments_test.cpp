@@ -174,6 +174,7 @@ TEST(CallArguments, OfAnotherFormAreWrongUsage)
         {"d", "1,5", "ARG 1 (d) 1,5: a number is expected, and this is none"},
         {"d", "abc", "ARG 1 (d) abc: a number is expected, and this is none"},
         {"d", "inf", "ARG 1 (d) inf: a number is expected, and this is none"},
+        {"d", "-1e999", "ARG 1 (d) -1e999: a number of usual size is expected, and this is none"},
         {"d", "1e999", "ARG 1 (d) 1e999: a number of usual size is expected, and this is none"},
         {"n", "1", "ARG 1 (n) 1: true or false is expected, and this is none"},
         {"n", "True", "ARG 1 (n) True: true or false is expected, and this is none"},
@@ -282,10 +283,10 @@ TEST(CallArguments, FormatNamesTheLetterThatCannotBe)
         {"T>i", "FORMAT T>i: letter 1, T, is no letter of an argument; "},
         {"s i", "FORMAT s i: letter 2, the byte 20, is no letter of an argument; "},
         {"\u9600>i", "FORMAT \u9600>i: letter 1, the byte E9, is no letter of an argument; "},
-        {">ix", "FORMAT >ix: letter 3, x, is no letter of a result; these are i d n I s r y u o p v X P O S "
+        {">ix", "FORMAT >ix: letter 2, x, is no letter of a result; these are i d n I s r y u o p v X P O S "
                 "g l m M a "
                 "B b k T c t\n"},
-        {">i>", "FORMAT >i>: letter 3, >, is no letter of a result; "},
+        {">i>", "FORMAT >i>: letter 2, >, is no letter of a result; "},
         {"u>i", "FORMAT u>i: letter 1, u, takes a pointer of the host, which no command line can give\n"},
     };
     const CallRun run;
@@ -294,7 +295,7 @@ TEST(CallArguments, FormatNamesTheLetterThatCannotBe)
         EXPECT_EQ(called.exitCode, 2) << format;
         EXPECT_THAT(called.errors, testing::StartsWith(std::string("quor: ") + message));
     }
-    EXPECT_EQ(run.call("function f() end", {">" + std::string(200, 'i')}).errors,
+    EXPECT_EQ(run.call("function f() end", {">" + std::string(201, 'i')}).errors,
               "quor: FORMAT: at most 200 letters are expected; there are 201\n");
 }
 

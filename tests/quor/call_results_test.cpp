@@ -31,6 +31,8 @@ const Result results[] = {
     {"number_d", 'd', "0.1 + 0.2", "0.30000000000000004", "0.30000000000000004"},
     {"number_d_whole", 'd', "2^53", "9007199254740992", "9007199254740992"},
     {"number_d_of_a_text", 'd', "'2.5'", "2.5", "2.5"},
+    {"number_d_none", 'd', "-(0/0)", "nan", R"("NaN")"},
+    {"number_d_none_signed", 'd', "0/0", "nan", R"("NaN")"},
     {"number_d_infinite", 'd', "-1/0", "-inf", R"("-Infinity")"},
     {"boolean_n", 'n', "false", "false", "false"},
     {"wide_I", 'I', "int64('-9223372036854775808')", "-9223372036854775808", "-9223372036854775808"},

@@ -4,9 +4,12 @@
 #include "CommandRun.h"
 #include "MoFile.h"
 
+#include <cerrno>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <string>
 #include <sys/stat.h>
 
 namespace {
@@ -177,8 +180,9 @@ TEST_F(CatalogueFile, ThatIsNoFileIsRefusedAndBlocksNothing)
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_EQ(complaint(pipe), "cannot be read: not a regular file");
     EXPECT_EQ(complaint(scratch_.path("")), "cannot be read: not a regular file");
-    EXPECT_EQ(complaint(scratch_.path("none.mo")), "cannot be read: No such file or directory");
-    EXPECT_EQ(complaint(scratch_.write("file", "") + "/a.mo"), "cannot be read: Not a directory");
+    EXPECT_EQ(complaint(scratch_.path("none.mo")), std::string("cannot be read: ") + std::strerror(ENOENT));
+    EXPECT_EQ(complaint(scratch_.write("file", "") + "/a.mo"),
+              std::string("cannot be read: ") + std::strerror(ENOTDIR));
 }
 
 } // namespace

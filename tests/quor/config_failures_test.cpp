@@ -123,6 +123,51 @@ TEST_F(ConfigFailures, FunctionsThatRaiseLeaveNoTraceInTheOtherAnswers)
     }
 }
 
+TEST_F(ConfigFailures, ErrorsCountWhateverTheScriptDoesWithTheirReports)
+{
+    for (const char* hiding : {"_ALERT = nil", "_ALERT = function() end", "_ALERT = 'no function'"}) {
+        const std::string script = std::string("function getProjectSpec() ") + hiding +
+                                   " error('\xD6\xD0') end function isPropertyClass_full() return true end";
+        const CommandRun run = runSpec(script);
+        EXPECT_EQ(run.exitCode, 1) << hiding;
+        EXPECT_EQ(Json::parse(run.output)["raised"], true) << hiding;
+
+        const CommandRun inTable = this->run({"table", "--module", "PIPE", "--json"});
+        EXPECT_THAT(inTable.errors, EndsWith("errors were raised by:\n  getProjectSpec for PIPE\n"))
+            << hiding;
+        const Json rows = Json::parse(inTable.output);
+        EXPECT_EQ(answerOf(rows, "isPropertyClass_full")["from"], "script") << hiding;
+
+        write(projectScript, std::string("function initConfig() ") + hiding + " error('hidden') end");
+        const CommandRun setUp = this->run({"get", "projectStan", "--module", "PIPE", "--init-arg", "a"});
+        EXPECT_EQ(setUp.exitCode, 1) << hiding;
+    }
+    const CommandRun shown = runSpec("function getProjectSpec() _ALERT = nil error('\xD6\xD0') end");
+    EXPECT_THAT(shown.errors, HasSubstr("quorModuleSystem.lua:1: 中\nstack traceback:"));
+}
+
+TEST_F(ConfigFailures, TracebacksThatAScriptShowsItselfAreNoErrors)
+{
+    const CommandRun run = runSpec("function getProjectSpec() "
+                                   "xpcall(function() error('mine') end, "
+                                   "function(e) kxcom.errorMsg(debug.traceback(e)) end) return 'ok' end");
+    EXPECT_EQ(run.exitCode, 0);
+    const Json answer = Json::parse(run.output);
+    EXPECT_EQ(answer["raised"], false);
+    EXPECT_EQ(answer["answer"], "ok");
+}
+
+TEST_F(ConfigFailures, FalseOfAFunctionThatFailedIsNoAnswer)
+{
+    write(projectScript, "function isPropertyClass_full() error('full') end");
+    const CommandRun run = this->run({"get", "isPropertyClass_full", "--module", "PIPE", "--json"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(Json::parse(run.output)["from"], "none");
+    write(projectScript, "function isPropertyClass_full() return false end");
+    const CommandRun answered = this->run({"get", "isPropertyClass_full", "--module", "PIPE", "--json"});
+    EXPECT_EQ(Json::parse(answered.output)["from"], "script");
+}
+
 TEST_F(ConfigFailures, ErrorInTheSetUpIsOneOfTheConfiguration)
 {
     write(projectScript, "function initConfig(text) error('set-up: ' .. text) end "

@@ -330,6 +330,9 @@ TEST_F(Failures, WrongUsageSaysWhatIsExpected)
         {{"draw", ""}, "quor: SCRIPT: the path of a script is expected; it is empty\n"},
         {{"draw", path, "--installation", "/nowhere"},
          "quor: --installation /nowhere: a folder is expected; there is none\n"},
+        {{"draw", path, "--installation", ""},
+         "quor: --installation: the path of a folder is expected; it is empty\n"},
+        {{"draw", path, "--project", ""}, "quor: --project: the path of a folder is expected; it is empty\n"},
         {{"draw", path, "--project", path.c_str()}, "quor: --project "},
     };
     for (const auto& [arguments, message] : cases) {
@@ -338,6 +341,19 @@ TEST_F(Failures, WrongUsageSaysWhatIsExpected)
         EXPECT_THAT(run.errors, StartsWith(message));
         EXPECT_EQ(run.output, "");
     }
+}
+
+TEST_F(Failures, FolderThatTheEnvironmentNamesMustBeOne)
+{
+    const std::string path = scratch_.write("s.lua", "function main() return {} end");
+    for (const char* variable : {"QUOR_INSTALLATION", "QUOR_PROJECT"}) {
+        const CommandRun run = runQuor({"draw", path}, {std::string(variable) + "=/nowhere"});
+        EXPECT_EQ(run.exitCode, 2) << variable;
+        EXPECT_EQ(run.errors,
+                  "quor: " + std::string(variable) + "=/nowhere: a folder is expected; there is none\n");
+    }
+    const CommandRun none = runQuor({"draw", path}, {"QUOR_PROJECT="});
+    EXPECT_EQ(none.exitCode, 0) << none.errors;
 }
 
 } // namespace

@@ -186,8 +186,8 @@ TEST_F(SceneErrors, Directions)
     const std::string expected = ": a direction, three numbers that are not all 0, is expected; ";
     expect({
         {R"({"view": [1, 2]})", "view" + expected + "an array of 2 is there"},
-        {R"({"view": [0, 0.0, -0]})", "view" + expected + "an array of 3 is there"},
-        {R"({"legs": {"1,2": [0, 0, 0]}})", "legs[\"1,2\"]" + expected + "an array of 3 is there"},
+        {R"({"view": [0, 0.0, -0]})", "view" + expected + "[0, 0, 0] is there"},
+        {R"({"legs": {"1,2": [0, 0, 0]}})", "legs[\"1,2\"]" + expected + "[0, 0, 0] is there"},
         {R"({"legs": {"1,2": "up"}})", "legs[\"1,2\"]" + expected + "the text \"up\" is there"},
         {R"({"legs": {"1,2": [0, [], 0]}})",
          "legs[\"1,2\"][1]: a number is expected; an array of 0 is there"},

@@ -10,6 +10,9 @@ namespace lua_tinker::detail {
 /// it at 1, and holds only trivially destructible locals. [-0, +0, -]
 int runReported(lua_State* L, void (*body)(lua_State* L, void* data), void* data);
 
+/// Counts an error for `error_count`.
+void countError();
+
 /// Makes what `runReported` keeps in a state's registry. [-0, +0, m]
 void installProtection(lua_State* L);
 

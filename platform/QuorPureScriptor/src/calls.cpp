@@ -65,7 +65,10 @@ int runHere(lua_State* L, Task& task)
     pushKept(L, Kept::Trampoline);
     lua_pushlightuserdata(L, &task);
     const int status = lua_pcall(L, 1, 0, top + 1);
-    if (status != 0 && status != LUA_ERRRUN) reportValue(L);
+    if (status != 0 && status != LUA_ERRRUN) {
+        countError(); // the handler, which counts, was not asked
+        reportValue(L);
+    }
     lua_settop(L, top);
     return status;
 }

@@ -1,4 +1,5 @@
 #include "NeutralLocale.h"
+#include "Protected.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
@@ -53,6 +54,17 @@ private:
 };
 
 thread_local const Alerting* Alerting::innermost_ = nullptr;
+
+constinit thread_local unsigned long long errors = 0;
+
+void printToStandardError(const char* text, std::size_t length, void*)
+{
+    std::fwrite(text, 1, length, stderr);
+    std::fputc('\n', stderr);
+}
+
+constinit error_outlet outlet = printToStandardError;
+constinit void* outletUser = nullptr;
 
 struct Message {
     const char* text;
@@ -175,10 +187,28 @@ int formatPlainly(char* out, std::size_t size, const char* format, va_list argum
 void print_error_text(lua_State* L, const char* text, std::size_t length)
 {
     if (!text) return;
-    if (showInState(L, text, length)) return;
-    std::fwrite(text, 1, length, stderr);
-    std::fputc('\n', stderr);
+    if (!showInState(L, text, length)) outlet(text, length, outletUser);
 }
+
+void set_error_outlet(error_outlet newOutlet, void* user)
+{
+    outlet = newOutlet ? newOutlet : printToStandardError;
+    outletUser = user;
+}
+
+unsigned long long error_count()
+{
+    return errors;
+}
+
+namespace detail {
+
+void countError()
+{
+    ++errors;
+}
+
+} // namespace detail
 
 void print_error(lua_State* L, const char* format, ...)
 {
@@ -208,6 +238,7 @@ void print_error(lua_State* L, const char* format, ...)
 int on_error(lua_State* L)
 {
     if (!L) return 0;
+    detail::countError();
     lua_settop(L, 1);
     char described[64];
     const char* text = described;

@@ -97,7 +97,7 @@ end
 
 function setUserVersion(version) userVersion = version end
 
-function setDesignDbModule(module) designModule = module end
+function setDesignDbModule(module) designModule = module ~= "" and module or nil end
 
 -- The installation's files.
 

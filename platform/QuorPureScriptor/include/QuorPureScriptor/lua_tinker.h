@@ -53,12 +53,25 @@ QUORPURESCRIPTOR_API int on_error(lua_State* L);
 
 /// Prints a message of any length: hands it to the state's global function "_ALERT", fetched past
 /// metamethods, in a protected call; when there is none, when it fails, when it is running already or when
-/// the state is null, the message and a line feed go to standard error. The format is the host's own: a
+/// the state is null, the message goes to the error outlet. The format is the host's own: a
 /// script's text is only ever an argument of it. Arguments are formatted as in the "C" locale, whatever the
 /// host's is. Never raises and needs no free stack slot. A message too large for memory is cut. [-0, +0, -]
 QUORPURESCRIPTOR_API void print_error(lua_State* L, const char* format, ...) QUORPURESCRIPTOR_PRINTF(2, 3);
 
 /// Prints `length` bytes as they are, NULs included; otherwise as `print_error`. [-0, +0, -]
 QUORPURESCRIPTOR_API void print_error_text(lua_State* L, const char* text, std::size_t length);
+
+/// Takes a message that no script's "_ALERT" takes: bytes that are valid during the call, and what was set
+/// with the outlet. Called on the thread that prints; it must throw nothing and raise no Lua error.
+using error_outlet = void (*)(const char* text, std::size_t length, void* user);
+
+/// Sets the error outlet of the process; null goes back to standard error, where a line feed follows each
+/// message. The caller keeps `user` alive. To be called while no other thread prints.
+QUORPURESCRIPTOR_API void set_error_outlet(error_outlet outlet, void* user);
+
+/// How many errors the calling thread has met in the layer's protected calls and in those whose handler is
+/// `on_error`; an error that a script catches is none. It only grows: a difference tells whether something
+/// failed meanwhile, whatever the script does with the report.
+QUORPURESCRIPTOR_API unsigned long long error_count();
 
 } // namespace lua_tinker
