@@ -1,45 +1,22 @@
 #include "../rationed_memory.h"
+#include "../rationed_states.h"
 
 #include "getter_rows.h"
 
 #include <algorithm>
-#include <cstdlib>
-
-namespace {
-
-/// Requests for more memory that every state is still granted; without end when negative.
-int left = -1;
-
-void* allocate(void*, void* block, std::size_t oldSize, std::size_t newSize)
-{
-    if (newSize == 0) {
-        std::free(block);
-        return nullptr;
-    }
-    if (newSize > oldSize && left == 0) return nullptr;
-    if (newSize > oldSize && left > 0) --left;
-    return std::realloc(block, newSize);
-}
-
-} // namespace
-
-// Stands in for the engine's own: so the configuration's states, too, take what is granted here.
-__attribute__((visibility("default"))) lua_State* luaL_newstate()
-{
-    return lua_newstate(allocate, nullptr);
-}
 
 namespace {
 
 using quorconfig::getProjectUserDbPath;
 using quorconfig::initConfig;
+using rationed::statesLeft;
 
 /// Which memory runs out: the library's own, or that of the states.
 enum class Memory { OfTheLibrary, OfStates };
 
 void grant(Memory memory, int requests)
 {
-    (memory == Memory::OfStates ? static_cast<void>(left = requests)
+    (memory == Memory::OfStates ? static_cast<void>(statesLeft = requests)
                                 : static_cast<void>(rationed::allowed = requests));
 }
 
@@ -53,7 +30,7 @@ protected:
     }
     void TearDown() override
     {
-        left = -1;
+        statesLeft = -1;
         rationed::allowed = -1;
     }
 
@@ -63,11 +40,11 @@ protected:
     static int requestsOfLibraries()
     {
         constexpr int plenty = 1000000;
-        left = plenty;
+        statesLeft = plenty;
         lua_State* L = luaL_newstate();
         luaL_openlibs(L);
-        const int used = plenty - left;
-        left = -1;
+        const int used = plenty - statesLeft;
+        statesLeft = -1;
         lua_close(L);
         return used;
     }

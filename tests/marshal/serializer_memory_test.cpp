@@ -1,9 +1,10 @@
 // The serializer when memory runs out: every failure is a result, and the process goes on.
 
+#include "../rationed_states.h"
+
 #include <QuorCommon/QuorSystem.h>
 #include <QuorScriptor/LuaSerialize.h>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <gmock/gmock.h>
 #include <lua.hpp>
@@ -11,38 +12,15 @@
 
 namespace {
 
-/// Requests for more memory that every state is still granted; without end when negative.
-int left = -1;
-
-void* allocate(void*, void* block, std::size_t oldSize, std::size_t newSize)
-{
-    if (newSize == 0) {
-        std::free(block);
-        return nullptr;
-    }
-    if (newSize > oldSize && left == 0) return nullptr;
-    if (newSize > oldSize && left > 0) --left;
-    return std::realloc(block, newSize);
-}
-
-} // namespace
-
-// Stands in for the engine's own: so the serializer's state, too, takes what is granted here.
-__attribute__((visibility("default"))) lua_State* luaL_newstate()
-{
-    return lua_newstate(allocate, nullptr);
-}
-
-namespace {
-
 using quorlua::LuaSerialize;
+using rationed::statesLeft;
 
 class SerializerOutOfMemory : public testing::Test {
 protected:
     SerializerOutOfMemory() { QuorSystem::setInstallationFolder(QUOR_SOURCE_DIR "/sample/installation"); }
     ~SerializerOutOfMemory() override
     {
-        left = -1;
+        statesLeft = -1;
         QuorSystem::setInstallationFolder(nullptr);
     }
 
@@ -59,11 +37,11 @@ protected:
     static int requestsOfLibraries()
     {
         constexpr int plenty = 1000000;
-        left = plenty;
+        statesLeft = plenty;
         lua_State* L = luaL_newstate();
         luaL_openlibs(L);
-        const int used = plenty - left;
-        left = -1;
+        const int used = plenty - statesLeft;
+        statesLeft = -1;
         lua_close(L);
         return used;
     }
@@ -80,9 +58,9 @@ protected:
             // Nothing is collected while memory is short, so that every request counts.
             lua_gc(L, LUA_GCSTOP, 0);
             testing::internal::CaptureStderr();
-            left = granted;
+            statesLeft = granted;
             const bool done = operation();
-            left = -1;
+            statesLeft = -1;
             testing::internal::GetCapturedStderr();
             lua_gc(L, LUA_GCRESTART, 0);
             ASSERT_EQ(lua_gettop(L), top + 1) << "with " << granted << " requests granted";
@@ -125,9 +103,9 @@ protected:
         lua_State* L = nullptr;
         for (; !L && more < 5000; ++more) {
             testing::internal::CaptureStderr();
-            left = libraries + more;
+            statesLeft = libraries + more;
             L = LuaSerialize::getLua();
-            left = -1;
+            statesLeft = -1;
             testing::internal::GetCapturedStderr();
         }
         const bool isMade =

@@ -1,35 +1,12 @@
+#include "../rationed_states.h"
 #include "scriptor_fixture.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
-#include <cstdlib>
 #include <functional>
 
 namespace {
 
-/// Requests for more memory that every state is still granted; without end when negative.
-int left = -1;
-
-void* allocate(void*, void* block, std::size_t oldSize, std::size_t newSize)
-{
-    if (newSize == 0) {
-        std::free(block);
-        return nullptr;
-    }
-    if (newSize > oldSize && left == 0) return nullptr;
-    if (newSize > oldSize && left > 0) --left;
-    return std::realloc(block, newSize);
-}
-
-} // namespace
-
-// Stands in for the engine's own: so a scriptor's states, too, take what is granted here.
-__attribute__((visibility("default"))) lua_State* luaL_newstate()
-{
-    return lua_newstate(allocate, nullptr);
-}
-
-namespace {
-
+using rationed::statesLeft;
 constexpr const char* script =
     "param = {}; glb = {smrtlntype = 'PIPE'}; notes = {P1 = {'n', 1}}; skey = {angleUnit = {'P4'}}\n"
     "function plain() local t = {} for i = 1, 20 do t[i] = {'x' .. i} end end\n"
@@ -46,7 +23,7 @@ protected:
         QuorGlibScriptor probe;
         if (!probe.getLua(false)) GTEST_SKIP() << "this engine takes no allocator";
     }
-    void TearDown() override { left = -1; }
+    void TearDown() override { statesLeft = -1; }
 
     static int load(QuorGlibScriptor& scriptor, std::string chunk)
     {
@@ -59,11 +36,11 @@ protected:
     static int requestsOfLibraries()
     {
         constexpr int plenty = 1000000;
-        left = plenty;
+        statesLeft = plenty;
         lua_State* L = luaL_newstate();
         luaL_openlibs(L);
-        const int used = plenty - left;
-        left = -1;
+        const int used = plenty - statesLeft;
+        statesLeft = -1;
         lua_close(L);
         return used;
     }
@@ -78,9 +55,9 @@ protected:
             ASSERT_EQ(load(scriptor, script), Quor::Ok);
             lua_State* L = scriptor.getLua(false);
             testing::internal::CaptureStderr();
-            left = granted;
+            statesLeft = granted;
             const bool done = operation(scriptor);
-            left = -1;
+            statesLeft = -1;
             testing::internal::GetCapturedStderr();
             if (done) return;
             EXPECT_EQ(lua_gettop(L), 1) << name << " with " << granted;
@@ -96,9 +73,9 @@ TEST_F(ExhaustedMemory, LeavesANewScriptorWithoutAState)
     int granted = 0;
     for (bool made = false; !made; granted = granted == 0 ? libraries : granted + 1) {
         ASSERT_LT(granted, libraries + 1000);
-        left = granted;
+        statesLeft = granted;
         QuorGlibScriptor scriptor;
-        left = -1;
+        statesLeft = -1;
         made = scriptor.getLua(false) != nullptr;
         if (made) {
             EXPECT_EQ(lua_gettop(scriptor.getLua(false)), 1);
@@ -121,9 +98,9 @@ TEST_F(ExhaustedMemory, LeavesAHelperWithoutAScriptor)
         ASSERT_LT(granted, libraries + 1000);
         QuorGlibScriptorHelper helper;
         testing::internal::CaptureStderr();
-        left = granted;
+        statesLeft = granted;
         done = helper.init(path.c_str(), [](const char*) {});
-        left = -1;
+        statesLeft = -1;
         testing::internal::GetCapturedStderr();
         EXPECT_EQ(helper.getScriptor() != nullptr, done);
         EXPECT_EQ(helper.getL() != nullptr, done);
@@ -211,7 +188,7 @@ TEST_F(ExhaustedMemory, LosesNoStateToHostObjectsAndLibraries)
     const luaL_Reg list[] = {{"f", [](lua_State*) { return 0; }}, {nullptr, nullptr}};
     const auto isGlobal = [](QuorGlibScriptor& scriptor, const char* name) {
         lua_State* L = scriptor.getLua(false);
-        left = -1;
+        statesLeft = -1;
         lua_getglobal(L, name);
         const bool there = !lua_isnil(L, -1);
         lua_pop(L, 1);
