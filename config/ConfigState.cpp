@@ -73,6 +73,10 @@ ThreadConfigHolder projectConfig;
 ThreadConfigHolder systemConfig;
 std::atomic<bool> nullPermitted{false};
 
+/// Beyond what a script asks on purpose, and well within the stack of a small thread.
+constexpr int mostQuestions = 100;
+constinit thread_local int questionsOnTheirWay = 0;
+
 bool isSameIgnoringCase(std::string_view one, std::string_view other)
 {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
@@ -162,6 +166,24 @@ lua_State* getSysConfigLua()
     lua_State* L = slot.state();
     callConfigFunc<void>(L, "initConfig");
     return L;
+}
+
+Question::Question()
+{
+    ++questionsOnTheirWay;
+}
+
+Question::~Question()
+{
+    --questionsOnTheirWay;
+}
+
+bool Question::isTooDeep(lua_State* L, const char* function) const
+{
+    if (questionsOnTheirWay <= mostQuestions) return false;
+    lua_tinker::print_error(L, "stack overflow: `%s' is asked while too many questions are being answered",
+                            function);
+    return true;
 }
 
 bool isNullPermitted()

@@ -73,6 +73,8 @@ bool getProjectDbSeed(const char* dbName, QuorAuth::Module module, short& seed)
     lua_State* L = projectState();
     if (!L) return from(AnswerOrigin::None, false);
     const char* name = kxcom::getModuleName(module);
+    const Question question;
+    if (question.isTooDeep(L, "getProjectDbSeed")) return from(AnswerOrigin::None, false);
     int answer = -1;
     bool answered = false;
     // In a frame of its own: one that a script has filled with arguments would make the call raise.

@@ -79,7 +79,8 @@ TEST_F(GlibFunctions, GiveInfinitiesAndNotANumberAsTheyAre)
     functor.point = {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity()};
     functor.vector = {Limits::max(), Limits::denorm_min(), 0};
     functor.matrix(3, 0) = -Limits::infinity();
-    EXPECT_EQ(answer("getIsoPoint(1)"), "1: {nan, inf, -inf}");
+    // Which sign not-a-number has is the engine's.
+    EXPECT_THAT(answer("getIsoPoint(1)"), testing::AnyOf("1: {nan, inf, -inf}", "1: {-nan, inf, -inf}"));
     EXPECT_EQ(shown("glib.getDefaultMat()[4][1]"), "-inf");
     run("return unpack(glib.getPsView())", 3);
     EXPECT_EQ(lua_tonumber(state(), -3), Limits::max());

