@@ -30,7 +30,7 @@ int print(lua_State* L)
 /// [-0, +0, v]
 int refuseExit(lua_State* L)
 {
-    return luaL_error(L, "os.exit: a script cannot end the program that asks it");
+    return luaL_error(L, "os.exit: a script cannot end the program that runs it");
 }
 
 constexpr luaL_Reg globals[] = {{"print", print}, {nullptr, nullptr}};

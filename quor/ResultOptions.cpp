@@ -11,6 +11,17 @@
 #include <utility>
 
 namespace quor {
+namespace {
+
+void checkWords(const ResultOptions& options)
+{
+    if (options.format != "json" && options.format != "text")
+        throw Failure(WrongUsage, "--format " + options.format + ": json or text is expected");
+    if (options.output.empty())
+        throw Failure(WrongUsage, "-o: a file, or - for standard output, is expected");
+}
+
+} // namespace
 
 void addResultOptions(CLI::App& command, ResultOptions& options, const std::string& defaultFormat,
                       const std::string& text)
@@ -27,14 +38,6 @@ void addResultOptions(CLI::App& command, ResultOptions& options, const std::stri
         ->type_name("FILE");
 }
 
-void checkResultOptions(const ResultOptions& options)
-{
-    if (options.format != "json" && options.format != "text")
-        throw Failure(WrongUsage, "--format " + options.format + ": json or text is expected");
-    if (options.output.empty())
-        throw Failure(WrongUsage, "-o: a file, or - for standard output, is expected");
-}
-
 void checkOutput(const ResultOptions& options, const ScriptSession& session)
 {
     const std::pair<const std::string&, const char*> inputs[] = {{session.path(), "the script"},
@@ -49,6 +52,7 @@ void checkOutput(const ResultOptions& options, const ScriptSession& session)
 
 void withOutput(const ResultOptions& options, const std::function<void()>& work)
 {
+    checkWords(options);
     try {
         work();
     } catch (const Failure& failure) {

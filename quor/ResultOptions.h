@@ -21,13 +21,11 @@ struct ResultOptions {
 void addResultOptions(CLI::App& command, ResultOptions& options, const std::string& defaultFormat,
                       const std::string& text);
 
-/// Throws (wrong usage) for a format that is none and for an output without a name.
-void checkResultOptions(const ResultOptions& options);
-
 /// Throws (wrong usage) when the output is a file that the session reads.
 void checkOutput(const ResultOptions& options, const ScriptSession& session);
 
-/// Works, and removes the output of an earlier run when that fails other than by wrong usage.
+/// Works, and removes the output of an earlier run when that fails other than by wrong usage. Throws (wrong
+/// usage), and does nothing, for a format that is none and for an output without a name.
 void withOutput(const ResultOptions& options, const std::function<void()>& work);
 
 /// Writes a result that is there as a whole.

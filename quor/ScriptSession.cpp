@@ -1,6 +1,7 @@
 #include "ScriptSession.h"
 
 #include "Failure.h"
+#include "GuestFunctions.h"
 #include "ParameterValue.h"
 #include "SceneFile.h"
 #include "SceneFunctor.h"
@@ -45,23 +46,8 @@ void showReport(const char* text, std::size_t length, void*)
 
 constexpr luaL_Reg messageFunctions[] = {{"printf", showText}, {nullptr, nullptr}};
 
-/// The name of the command's own Lua code.
-constexpr const char* commandChunk = "=quor";
-
-/// Standard output is for results: what a script prints is for people. And a script is a guest, here as in
-/// the CAD program: were it to end the process, no drawing would come and nobody would learn why.
-constexpr char guestRules[] = R"(
-local show, text, join, select = acadui.printf, tostring, table.concat, select
-function print(...)
-    local parts = {}
-    for i = 1, select("#", ...) do parts[i] = text((select(i, ...))) end
-    show(join(parts, "\t"))
-end
-io.output(io.stderr)
-io.stdout = io.stderr
-local fail = error
-function os.exit() fail("os.exit: a script cannot end the program that draws it", 2) end
-)";
+/// What scripts write to standard output comes in its order among the messages, which are not buffered.
+constexpr char standardError[] = "io.output(io.stderr) io.stdout = io.stderr";
 
 constexpr const char* scriptHelp =
     R"(SCRIPT is a path from the working folder, else one in the project, in the project's folder "components", or in
@@ -207,7 +193,11 @@ ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
     kxcom::setMessageSink(terminal::showMessage, nullptr);
     lua_tinker::set_error_outlet(showReport, nullptr);
     kxcom::clearQuorLastError();
-    static const bool registered = (quorlua::addRegLuaModule("acadui", messageFunctions), true);
+    static const bool registered = [] {
+        quorlua::addRegLuaModule("acadui", messageFunctions);
+        registerGuestFunctions();
+        return true;
+    }();
     static_cast<void>(registered);
 
     findScript();
@@ -278,7 +268,7 @@ void ScriptSession::loadFile()
     scriptor_ = std::make_unique<QuorGlibScriptor>();
     lua_State* L = scriptor_->getLua(false);
     if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path_, describe(GlibStatus::NoState)));
-    lua_tinker::dobuffer(L, guestRules, sizeof guestRules - 1, commandChunk);
+    lua_tinker::dobuffer(L, standardError, sizeof standardError - 1);
     for (const Global& global : globalsOf(L))
         globalsBefore_.push_back(global.name);
 
@@ -312,7 +302,7 @@ std::vector<std::string> ScriptSession::ownFunctions() const
     std::vector<std::string> own;
     std::vector<std::string> added;
     for (const Global& global : globals) {
-        if (global.source.empty() || global.source == commandChunk) continue;
+        if (global.source.empty()) continue;
         if (global.source == "@" + path_) own.push_back(global.name);
         if (!std::binary_search(globalsBefore_.begin(), globalsBefore_.end(), global.name))
             added.push_back(global.name);

@@ -308,7 +308,6 @@ Answer answerTo(const AskOptions& options)
 void ask(const AskOptions& options)
 {
     withOutput(options.result, [&options] {
-        checkResultOptions(options.result);
         const Answer answer = answerTo(options);
         writeResult(options.result, answer.text);
         tellStrays(options.result, answer.path, answer.strays);

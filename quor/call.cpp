@@ -92,7 +92,6 @@ Called called(const CallOptions& options)
 void call(const CallOptions& options)
 {
     withOutput(options.result, [&options] {
-        checkResultOptions(options.result);
         const Called result = called(options);
         writeResult(options.result, result.text);
         tellStrays(options.result, result.path, result.strays);

@@ -109,7 +109,6 @@ void write(const DrawOptions& options, const Drawing& drawing)
 void draw(const DrawOptions& options)
 {
     withOutput(options.result, [&options] {
-        checkResultOptions(options.result);
         if (options.segmentGiven && options.segment.empty())
             throw Failure(WrongUsage, "--segment: the name of a segment is expected; it is empty");
         write(options, drawingOf(options));

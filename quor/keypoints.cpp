@@ -79,7 +79,6 @@ std::string linesOf(const Keypoints& keypoints)
 void showKeypoints(const KeypointsOptions& options)
 {
     withOutput(options.result, [&options] {
-        checkResultOptions(options.result);
         if (options.segment && options.segment->empty())
             throw Failure(WrongUsage, "--segment: the name of a segment is expected; it is empty");
         const Keypoints keypoints = keypointsOf(options);

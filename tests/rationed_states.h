@@ -28,3 +28,21 @@ __attribute__((visibility("default"))) lua_State* luaL_newstate() // NOLINT(misc
 {
     return lua_newstate(rationed::allocateForStates, nullptr);
 }
+
+namespace rationed {
+
+/// How many requests a state with the standard libraries takes. Walks of new states go on from there: where
+/// memory runs out while it opens its io library, the interpreter closes the process's standard output.
+inline int requestsOfLibraries()
+{
+    constexpr int plenty = 1000000;
+    statesLeft = plenty;
+    lua_State* L = luaL_newstate();
+    luaL_openlibs(L);
+    const int used = plenty - statesLeft;
+    statesLeft = -1;
+    lua_close(L);
+    return used;
+}
+
+} // namespace rationed

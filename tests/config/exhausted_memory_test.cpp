@@ -9,6 +9,7 @@ namespace {
 
 using quorconfig::getProjectUserDbPath;
 using quorconfig::initConfig;
+using rationed::requestsOfLibraries;
 using rationed::statesLeft;
 
 /// Which memory runs out: the library's own, or that of the states.
@@ -32,21 +33,6 @@ protected:
     {
         statesLeft = -1;
         rationed::allowed = -1;
-    }
-
-    /// How many requests a state with the standard libraries takes. Walks of new states go on from there:
-    /// where memory runs out while it opens its io library, the interpreter closes the process's standard
-    /// output.
-    static int requestsOfLibraries()
-    {
-        constexpr int plenty = 1000000;
-        statesLeft = plenty;
-        lua_State* L = luaL_newstate();
-        luaL_openlibs(L);
-        const int used = plenty - statesLeft;
-        statesLeft = -1;
-        lua_close(L);
-        return used;
     }
 
     /// Runs an operation with so many requests granted. What it prints where "_ALERT" fails is not shown.

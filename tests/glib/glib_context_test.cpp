@@ -1,5 +1,6 @@
 #include "../platform/lua_state.h"
 #include "Context.h"
+#include "SilentFunctor.h"
 
 #include <QuorCommon/quorsys.h>
 #include <QuorScriptor/GlibCallbacks.h>
@@ -10,28 +11,6 @@
 namespace {
 
 using quorlua::currentContext;
-
-/// A host object without an answer: what the functions do with it shows in the context alone.
-class SilentFunctor final : public GlibScriptFunctor {
-public:
-    bool getCurrentObjectId(KxDbObjectId&) const override { return false; }
-    bool getIsoPoint(int, KxGePoint3D&) const override { return false; }
-    bool getDefaultIsoMat(KxGeMatrix3D&) const override { return false; }
-    bool getIsoVgdir(unsigned short, unsigned short, KxGeVector3D&) const override { return false; }
-    bool getNormalIsoMat4(unsigned short, unsigned short, unsigned short, unsigned short,
-                          KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getNormalIsoMat(unsigned short, unsigned short, KxGeMatrix3D&) const override { return false; }
-    bool getArcIsoMat(unsigned short, unsigned short, unsigned short, KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getRefIsoMat(KxGeMatrix3D&, int, int) const override { return false; }
-    void* getCurrentObjectPointer() const override { return nullptr; }
-    bool getPsView(KxGeVector3D&) const override { return false; }
-};
 
 constexpr const char* functions[] = {"getArcIsoMat(1, 2, 3)",
                                      "getNormalIsoMat(1, 2)",

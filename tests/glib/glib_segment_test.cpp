@@ -1,3 +1,4 @@
+#include "SilentFunctor.h"
 #include "glib_functions.h"
 
 #include <sstream>
@@ -95,9 +96,8 @@ TEST_F(GlibSegment, MayGoOnWithoutTheHostsAnswers)
 }
 
 /// Draws another component, with another object, whenever the script asks for a point.
-class DrawingFunctor final : public GlibScriptFunctor {
+class DrawingFunctor final : public SilentFunctor {
 public:
-    bool getCurrentObjectId(KxDbObjectId&) const override { return false; }
     bool getIsoPoint(int number, KxGePoint3D& point) const override
     {
         QuorGlibScriptor inner;
@@ -111,21 +111,6 @@ public:
         point = {static_cast<double>(number), 0, 0};
         return true;
     }
-    bool getDefaultIsoMat(KxGeMatrix3D&) const override { return false; }
-    bool getIsoVgdir(unsigned short, unsigned short, KxGeVector3D&) const override { return false; }
-    bool getNormalIsoMat4(unsigned short, unsigned short, unsigned short, unsigned short,
-                          KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getNormalIsoMat(unsigned short, unsigned short, KxGeMatrix3D&) const override { return false; }
-    bool getArcIsoMat(unsigned short, unsigned short, unsigned short, KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getRefIsoMat(KxGeMatrix3D&, int, int) const override { return false; }
-    void* getCurrentObjectPointer() const override { return nullptr; }
-    bool getPsView(KxGeVector3D&) const override { return false; }
 
     FunctorOfTest inside;
 };

@@ -13,6 +13,7 @@
 namespace {
 
 using quorlua::LuaSerialize;
+using rationed::requestsOfLibraries;
 using rationed::statesLeft;
 
 class SerializerOutOfMemory : public testing::Test {
@@ -29,21 +30,6 @@ protected:
         lua_State* probe = luaL_newstate();
         if (!probe) GTEST_SKIP() << "this engine takes no allocator";
         lua_close(probe);
-    }
-
-    /// How many requests a state with the standard libraries takes. Walks of new states go on from there:
-    /// where memory runs out while it opens its io library, the interpreter closes the process's standard
-    /// output.
-    static int requestsOfLibraries()
-    {
-        constexpr int plenty = 1000000;
-        statesLeft = plenty;
-        lua_State* L = luaL_newstate();
-        luaL_openlibs(L);
-        const int used = plenty - statesLeft;
-        statesLeft = -1;
-        lua_close(L);
-        return used;
     }
 
     /// Grants 0, 1, 2, ... requests until the operation succeeds. It is to leave one value in any case.

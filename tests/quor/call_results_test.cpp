@@ -122,7 +122,7 @@ const Value values[] = {
     {"''", "sry"},
     {"{}", "pvXPOSglmMaBbkTct"},
     {"print", ""},
-    {"coroutine.create(print)", ""},
+    {"coroutine.create(function() end)", ""},
     {"int64(5)", "Io"},
     {"io.stderr", "Io"},
     {"_glib_pass_functor_pointer", "Io"},

@@ -44,7 +44,7 @@ TEST_F(ConfigFailures, ScriptThatDoesNotRunToItsEndIsNamedWithItsReason)
     } cases[] = {
         {"function getProjectSpec( return end", ":1: "},
         {"function getProjectSpec() return 'half' end\nerror('half-way')", ":2: half-way\n"},
-        {"os.exit(0)", ":1: os.exit: a script cannot end the program that asks it\n"},
+        {"os.exit(0)", ":1: os.exit: a script cannot end the program that runs it\n"},
         {"error({})", "(error object is a table value)\n"},
         {"require('no.such.module')", ":1: module 'no.such.module' not found:"},
     };

@@ -103,7 +103,7 @@ TEST_F(Failures, ErrorWhileLoadingNamesFileAndLine)
 TEST_F(Failures, ExitIsAnErrorThatNamesIt)
 {
     const std::string called = failed("function main()\n  os.exit(0)\nend\n").errors;
-    EXPECT_THAT(called, StartsWith(path_ + ":2: os.exit: a script cannot end the program that draws it\n"));
+    EXPECT_THAT(called, StartsWith(path_ + ":2: os.exit: a script cannot end the program that runs it\n"));
     EXPECT_THAT(called, HasSubstr("segment main: status 4: the segment raised an error"));
     const std::string loaded = failed("\nos.exit()\n").errors;
     EXPECT_THAT(loaded, StartsWith(path_ + ":2: os.exit: "));

@@ -6,6 +6,7 @@
 
 namespace {
 
+using rationed::requestsOfLibraries;
 using rationed::statesLeft;
 constexpr const char* script =
     "param = {}; glb = {smrtlntype = 'PIPE'}; notes = {P1 = {'n', 1}}; skey = {angleUnit = {'P4'}}\n"
@@ -28,21 +29,6 @@ protected:
     static int load(QuorGlibScriptor& scriptor, std::string chunk)
     {
         return scriptor.loadBuffer({static_cast<int>(chunk.size()), chunk.data()}, 1000, false);
-    }
-
-    /// How many requests a state with the standard libraries takes. Walks of new states go on from there:
-    /// where memory runs out while it opens its io library, the interpreter closes the process's standard
-    /// output.
-    static int requestsOfLibraries()
-    {
-        constexpr int plenty = 1000000;
-        statesLeft = plenty;
-        lua_State* L = luaL_newstate();
-        luaL_openlibs(L);
-        const int used = plenty - statesLeft;
-        statesLeft = -1;
-        lua_close(L);
-        return used;
     }
 
     /// Grants the operation 0, 1, 2, ... requests until it succeeds. Whenever it does not, the stack is as it
