@@ -13,6 +13,9 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+if(WIN32)
+    set(CMAKE_SHARED_LIBRARY_PREFIX "") # QuorScriptor.dll
+endif()
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
@@ -36,8 +39,11 @@ else()
     add_link_options(-Wl,--no-undefined)
 endif()
 
-# Of a shared library only what its headers mark is visible.
+# Of a shared library only what its headers mark is visible; on Windows that is so from the start.
 function(quor_hide_internals target)
+    if(WIN32)
+        return()
+    endif()
     set(map ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/hide-std.map)
     target_link_options(${target} PRIVATE -Wl,--version-script=${map})
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})

@@ -4,7 +4,12 @@
 # quor_check_tests_listed(): called last in tests/; fails when a *_test.cpp below is in no program.
 
 include_guard()
-find_package(GTest REQUIRED)
+if(CMAKE_CROSSCOMPILING)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+else()
+    find_package(GTest REQUIRED)
+endif()
 include(GoogleTest)
 
 function(quor_test name)

@@ -1,0 +1,85 @@
+## windows-libraries  builds what quor needs for Windows and Debian has not for MinGW, into build/windows
+# Lua as a DLL, FreeType and fmt from Debian's source packages; libraries that are headers alone are copied, since the
+# folder of Debian's own headers is none for a cross compiler.
+
+windows_prefix=$PWD/build/windows
+windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 libgtest-dev libgmock-dev googletest dpkg-dev
+    libcli11-dev nlohmann-json3-dev libfmt-dev gettext cmake ninja-build ccache locales fonts-wqy-microhei)
+
+# Lists of packages of our own, in which the entries of the system offer their sources too; the system's stay as
+# they are.
+source_lists() {
+    local lists=$1 file
+    mkdir -p "$lists/parts" "$lists/state/partial" "$lists/cache/archives/partial"
+    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+        [[ ! -f $file ]] || sed -n 's/^deb\(-src\)\{0,1\}[[:space:]]/deb-src /p' "$file" \
+            >"$lists/parts/$(basename "$file" .list).list"
+    done
+    for file in /etc/apt/sources.list.d/*.sources; do
+        [[ ! -f $file ]] || sed 's/^Types:.*/Types: deb-src/' "$file" >"$lists/parts/$(basename "$file")"
+    done
+}
+
+# debian_source PACKAGE FOLDER: the newest source of a package, unpacked with Debian's patches as FOLDER.
+debian_source() (
+    local lists=$windows_prefix/apt
+    local own=(-o "Dir::Etc::sourcelist=/dev/null" -o "Dir::Etc::sourceparts=$lists/parts"
+        -o "Dir::State::lists=$lists/state" -o "Dir::Cache=$lists/cache" -o "APT::Sandbox::User=$(id -un)")
+    if [[ ! -d $lists/parts ]]; then
+        source_lists "$lists"
+        apt-get "${own[@]}" update -q >&2 || say "the lists of sources are not complete; trying with those that are there"
+    fi
+    rm -rf "$windows_prefix/download" "$2"
+    mkdir -p "$windows_prefix/download" "$(dirname "$2")"
+    cd "$windows_prefix/download"
+    apt-get "${own[@]}" source -q --only-source "$1" >&2
+    mv -- */ "$2"
+)
+
+build_lua() {
+    local source=$windows_prefix/source/lua work=$windows_prefix/work/lua file
+    [[ -d $source ]] || debian_source lua5.1 "$source"
+    mkdir -p "$work" "$windows_prefix"/{bin,lib,include/lua5.1}
+    for file in "$source"/src/*.c; do
+        case $(basename "$file") in
+        lua.c | luac.c | print.c) ;; # the programs, not the library
+        *) x86_64-w64-mingw32-gcc-posix -O2 -DLUA_BUILD_AS_DLL -c "$file" -o "$work/$(basename "$file" .c).o" ;;
+        esac
+    done
+    x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$work"/*.o \
+        "-Wl,--out-implib,$windows_prefix/lib/liblua51.dll.a"
+    cp "$source"/src/{lua.h,lauxlib.h,lualib.h,luaconf.h} "$source/etc/lua.hpp" "$windows_prefix/include/lua5.1/"
+}
+
+# build_with_cmake NAME PACKAGE OPTION...: a library from its Debian source, installed in our prefix.
+build_with_cmake() {
+    local name=$1 source=$windows_prefix/source/$1 work=$windows_prefix/work/$1
+    [[ -d $source ]] || debian_source "$2" "$source"
+    cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_MESSAGE=NEVER \
+        -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw.cmake" -DCMAKE_INSTALL_PREFIX="$windows_prefix" "${@:3}"
+    cmake --build "$work" --target install
+}
+
+build_freetype() {
+    build_with_cmake freetype freetype -DFT_DISABLE_ZLIB=ON -DFT_DISABLE_BZIP2=ON -DFT_DISABLE_PNG=ON \
+        -DFT_DISABLE_HARFBUZZ=ON -DFT_DISABLE_BROTLI=ON
+}
+
+build_fmt() { build_with_cmake fmt fmtlib -DFMT_TEST=OFF -DFMT_DOC=OFF; }
+
+copy_headers() {
+    mkdir -p "$windows_prefix"/{include,share/cmake}
+    cp -r /usr/include/{CLI,nlohmann} "$windows_prefix/include/"
+    cp -r /usr/share/cmake/{CLI11,nlohmann_json} "$windows_prefix/share/cmake/"
+}
+
+windows_libraries() {
+    need "${windows_packages[@]}"
+    [[ -f $windows_prefix/bin/lua51.dll ]] || { say 'builds Lua for Windows' && build_lua; }
+    [[ -f $windows_prefix/lib/libfreetype.a ]] || { say 'builds FreeType for Windows' && build_freetype; }
+    [[ -f $windows_prefix/lib/libfmt.a ]] || { say 'builds fmt for Windows' && build_fmt; }
+    [[ -f $windows_prefix/include/CLI/CLI.hpp ]] || copy_headers
+}
+
+[[ ${BASH_SOURCE[1]:-} != *windows.sh ]] || return 0
+windows_libraries
