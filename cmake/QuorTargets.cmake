@@ -13,7 +13,10 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+# What the systems do differently lies in files of the same names, in folders of these.
+set(QUOR_SYSTEM posix)
 if(WIN32)
+    set(QUOR_SYSTEM windows)
     set(CMAKE_SHARED_LIBRARY_PREFIX "") # QuorScriptor.dll
 endif()
 

@@ -12,19 +12,30 @@ else()
 endif()
 include(GoogleTest)
 
+# A program for Windows that runs where it was built, under Wine, finds the root of this system as drive Z.
+set(QUOR_ROOT_DRIVE "")
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+    set(QUOR_ROOT_DRIVE "Z:")
+endif()
+
 function(quor_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
     cmake_path(GET CMAKE_CURRENT_FUNCTION_LIST_DIR PARENT_PATH repository)
     if(NOT TARGET quor_test_main)
-        add_library(quor_test_main OBJECT ${repository}/tests/main.cpp)
+        add_library(quor_test_main OBJECT ${repository}/tests/main.cpp ${repository}/tests/${QUOR_SYSTEM}/system.cpp)
         target_link_libraries(quor_test_main PRIVATE quor_options GTest::gmock)
     endif()
 
     add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:quor_test_main>)
     target_link_libraries(${name} PRIVATE ${arg_USES} quor_options GTest::gmock)
-    target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${repository}")
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
-                         WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+    target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${QUOR_ROOT_DRIVE}${repository}")
+    if(CMAKE_CROSSCOMPILING)
+        # Each program once: under Wine a program takes longer to start than most tests to run.
+        add_test(NAME program.${name} COMMAND ${name} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+    else()
+        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
+                             WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+    endif()
 
     # The header of the first program serves them all: same language, options and kind of code.
     get_property(first GLOBAL PROPERTY QUOR_FIRST_TEST)

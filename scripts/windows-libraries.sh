@@ -43,7 +43,8 @@ build_lua() {
     for file in "$source"/src/*.c; do
         case $(basename "$file") in
         lua.c | luac.c | print.c) ;; # the programs, not the library
-        *) x86_64-w64-mingw32-gcc-posix -O2 -DLUA_BUILD_AS_DLL -c "$file" -o "$work/$(basename "$file" .c).o" ;;
+        # The compiler's own printf, which writes exponents as other systems do: 1e+15, not 1e+015.
+        *) x86_64-w64-mingw32-gcc-posix -O2 -DLUA_BUILD_AS_DLL -D__USE_MINGW_ANSI_STDIO=1 -c "$file" -o "$work/$(basename "$file" .c).o" ;;
         esac
     done
     x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$work"/*.o \

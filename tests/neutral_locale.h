@@ -1,21 +1,7 @@
 #pragma once
 
-#include <clocale>
+#include "../platform/QuorPureScriptor/src/NeutralLocale.h"
 
 /// While one lives, the C library, and with it the interpreter, reads and writes numbers in the "C" locale on
 /// this thread: for what is compared with them, and only there.
-class NeutralLocale {
-public:
-    NeutralLocale() : neutral_(newlocale(LC_ALL_MASK, "C", nullptr)), before_(uselocale(neutral_)) {}
-    ~NeutralLocale()
-    {
-        uselocale(before_);
-        freelocale(neutral_);
-    }
-    NeutralLocale(const NeutralLocale&) = delete;
-    NeutralLocale& operator=(const NeutralLocale&) = delete;
-
-private:
-    locale_t neutral_;
-    locale_t before_;
-};
+using lua_tinker::detail::NeutralLocale;

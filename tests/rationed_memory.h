@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -18,6 +20,29 @@ inline void* take(std::size_t size)
     ++taken;
     return std::malloc(size ? size : 1);
 }
+
+#if defined(_WIN32)
+inline thread_local int requestsSinceFailure = 0;
+
+// A library there has operators of its own, which all take their blocks from the system's run-time library.
+// So does the exception that tells of a failure, and so does, for the first one on a thread, the place where
+// it is noted, which the compiler's library cannot do without.
+inline void* takeInLibrary(std::size_t size)
+{
+    constexpr std::size_t exception[] = {128, 160};
+    constexpr std::size_t place = 24;
+    const bool tells = (requestsSinceFailure == 1 && size >= exception[0] && size <= exception[1]) ||
+                       (requestsSinceFailure == 2 && size == place);
+    if (requestsSinceFailure != 0) ++requestsSinceFailure;
+    if (tells) return std::malloc(size);
+    void* block = take(size);
+    requestsSinceFailure = block ? 0 : 1;
+    return block;
+}
+
+inline const bool librariesAreRationed =
+    sys::replaceImports("malloc", reinterpret_cast<void (*)()>(takeInLibrary));
+#endif
 
 } // namespace rationed
 

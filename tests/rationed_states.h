@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system.h"
+
 #include <cstdlib>
 #include <lua.hpp>
 
@@ -24,10 +26,23 @@ inline void* allocateForStates(void*, void* block, std::size_t oldSize, std::siz
 } // namespace rationed
 
 // Stands in for the engine's own.
+#if defined(_WIN32)
+namespace rationed {
+
+inline lua_State* newState()
+{
+    return lua_newstate(allocateForStates, nullptr);
+}
+
+inline const bool isInPlace = sys::replaceImports("luaL_newstate", reinterpret_cast<void (*)()>(newState));
+
+} // namespace rationed
+#else
 __attribute__((visibility("default"))) lua_State* luaL_newstate() // NOLINT(misc-definitions-in-headers)
 {
     return lua_newstate(rationed::allocateForStates, nullptr);
 }
+#endif
 
 namespace rationed {
 
@@ -37,7 +52,7 @@ inline int requestsOfLibraries()
 {
     constexpr int plenty = 1000000;
     statesLeft = plenty;
-    lua_State* L = luaL_newstate();
+    lua_State* L = lua_newstate(allocateForStates, nullptr);
     luaL_openlibs(L);
     const int used = plenty - statesLeft;
     statesLeft = -1;

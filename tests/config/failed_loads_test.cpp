@@ -1,6 +1,6 @@
 #include "config_fixture.h"
 
-#include <sys/stat.h>
+#include <memory>
 
 namespace {
 
@@ -11,7 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-enum class Kind { Missing, Folder, Pipe, Syntax, HalfWay, NoTextRaised };
+enum class Kind { Missing, Folder, Unreadable, Syntax, HalfWay, NoTextRaised };
 
 /// A script that cannot be loaded.
 struct BadScript {
@@ -25,7 +25,7 @@ struct BadScript {
 constexpr BadScript badScripts[] = {
     {"missing.lua", Kind::Missing, false, nullptr},
     {"folder.lua", Kind::Folder, false, "cannot open"},
-    {"pipe.lua", Kind::Pipe, false, "cannot open"},
+    {"unreadable.lua", Kind::Unreadable, false, "cannot open"},
     {"syntax.lua", Kind::Syntax, false, "expected near '('"},
     {"half.lua", Kind::HalfWay, true, "broken here"},
     {"raising.lua", Kind::NoTextRaised, true, "(error object is a table value)"},
@@ -34,7 +34,7 @@ constexpr BadScript badScripts[] = {
 class FailedLoad : public Config {
 protected:
     /// Puts a bad script where one of that name is looked for.
-    void make(const BadScript& bad, const std::string& name) const
+    void make(const BadScript& bad, const std::string& name)
     {
         const std::string file = "installation/bin/" + name;
         const std::string begun = "begun = 'begun' function getProjectUser() return 'partial' end ";
@@ -44,9 +44,9 @@ protected:
         case Kind::Folder:
             folder.write(file + "/inner", "");
             break;
-        case Kind::Pipe:
+        case Kind::Unreadable:
             folder.write("installation/bin/beside.lua", "");
-            ASSERT_EQ(mkfifo(folder.path(file).c_str(), 0600), 0);
+            obstacles.push_back(std::make_unique<sys::Obstacle>(folder.path(file)));
             break;
         case Kind::Syntax:
             write(name, begun + "function (");
@@ -74,6 +74,8 @@ protected:
     static constexpr const char* noting = "function initConfig(a) probe.note('init ' .. tostring(a)) end "
                                           "function setUserVersion() probe.note('version') end "
                                           "function setDesignDbModule() probe.note('database') end ";
+
+    std::vector<std::unique_ptr<sys::Obstacle>> obstacles;
 };
 
 TEST_F(FailedLoad, MakesInitFalse)

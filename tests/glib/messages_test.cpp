@@ -1,7 +1,7 @@
+#include "../system.h"
 #include "primary_state.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
-#include <iconv.h>
 
 namespace {
 
@@ -10,17 +10,7 @@ using testing::IsEmpty;
 
 std::string fromGbk(const std::string& bytes)
 {
-    const iconv_t converter = iconv_open("UTF-8", "GBK");
-    if (converter == reinterpret_cast<iconv_t>(-1)) return "no converter for GBK";
-    std::string text(2 * bytes.size() + 1, '\0');
-    char* from = const_cast<char*>(bytes.data());
-    char* to = text.data();
-    std::size_t left = bytes.size();
-    std::size_t room = text.size();
-    const bool whole = iconv(converter, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
-    iconv_close(converter);
-    text.resize(text.size() - room);
-    return whole ? text : "not GBK: " + bytes;
+    return sys::utf8FromGbk(bytes).value_or("not GBK: " + bytes);
 }
 
 struct MessageCase {

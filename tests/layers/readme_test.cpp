@@ -1,3 +1,5 @@
+#include "../system.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -33,12 +35,12 @@ TEST(Readme, ShowsTheSampleHostAsItIs)
 
 TEST(Readme, SampleHostDrawsTheSampleValve)
 {
-    setenv("QUOR_INSTALLATION", QUOR_SOURCE_DIR "/sample/installation", 1);
-    setenv("QUOR_PROJECT", QUOR_SOURCE_DIR "/sample/project", 1);
+    sys::setEnvironment("QUOR_INSTALLATION", QUOR_SOURCE_DIR "/sample/installation");
+    sys::setEnvironment("QUOR_PROJECT", QUOR_SOURCE_DIR "/sample/project");
     const std::string output = testing::TempDir() + "sample_host.txt";
     std::string command =
-        QUOR_SAMPLE_HOST " '" QUOR_SOURCE_DIR "/sample/project/components/gate_valve.lua' > '";
-    command.append(output).append("'");
+        QUOR_SAMPLE_HOST " \"" QUOR_SOURCE_DIR "/sample/project/components/gate_valve.lua\" > \"";
+    command.append(output).append("\"");
     ASSERT_EQ(std::system(command.c_str()), 0);
     EXPECT_THAT(textOf(output), testing::HasSubstr("createQuorGraphy3DCylinder"));
 }

@@ -1,6 +1,7 @@
 // The sample's "bin\serialObject.lua", by way of the serializer: what it writes, and that it is read back as
 // it was.
 
+#include "../system.h"
 #include "serializer_fixture.h"
 
 #include <clocale>
@@ -337,17 +338,14 @@ TEST_F(SerializedText, IsTheSameInALocaleWithADecimalComma)
     const char* places = std::getenv("LOCPATH");
     const std::string placesBefore = places ? places : "";
     const bool isMade = std::system(command.c_str()) == 0;
-    setenv("LOCPATH", folder.c_str(), 1);
+    sys::setEnvironment("LOCPATH", folder.c_str());
     const bool isSet = isMade && std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
     if (isSet) {
         EXPECT_STREQ(std::localeconv()->decimal_point, ",");
         EXPECT_EQ(roundTrip(expression), text);
         std::setlocale(LC_ALL, before.c_str());
     }
-    if (places)
-        setenv("LOCPATH", placesBefore.c_str(), 1);
-    else
-        unsetenv("LOCPATH");
+    sys::setEnvironment("LOCPATH", places ? placesBefore.c_str() : nullptr);
     std::filesystem::remove_all(folder);
     if (!isSet) GTEST_SKIP() << "this system makes no such locale";
 }

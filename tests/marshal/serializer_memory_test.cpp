@@ -27,7 +27,7 @@ protected:
 
     void SetUp() override
     {
-        lua_State* probe = luaL_newstate();
+        lua_State* probe = lua_newstate(rationed::allocateForStates, nullptr);
         if (!probe) GTEST_SKIP() << "this engine takes no allocator";
         lua_close(probe);
     }

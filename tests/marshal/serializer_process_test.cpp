@@ -226,7 +226,13 @@ TEST_F(SerializerDeathTest, HasNoStateForScriptsThatOutliveIt)
         expect(lastScriptor().loadFile(path.c_str(), false) == Quor::GlibStatus::Ok, "the other script runs");
         expect(isUsable(), "the serializer's script runs");
     };
-    EXPECT_EXIT(process(work), testing::ExitedWithCode(0), StrEq("ending: no state\n"));
+#if defined(_WIN32)
+    // A program's objects end before those of its DLLs, whichever was first.
+    const char* const said = "ending: used\n";
+#else
+    const char* const said = "ending: no state\n";
+#endif
+    EXPECT_EXIT(process(work), testing::ExitedWithCode(0), StrEq(said));
 }
 
 } // namespace

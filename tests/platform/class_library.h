@@ -1,6 +1,13 @@
 #pragma once
 
+#include <QuorExport.h>
 #include <lua.hpp>
+
+#if defined(class_library_EXPORTS)
+#define CLASS_LIBRARY_API QUOR_EXPORT
+#else
+#define CLASS_LIBRARY_API QUOR_IMPORT
+#endif
 
 /// A class that two shared objects with hidden visibility use, each with its own copy of the class's type
 /// information.
@@ -9,5 +16,5 @@ struct Shared {
     int number = 77;
 };
 
-__attribute__((visibility("default"))) void registerShared(lua_State* L);
-__attribute__((visibility("default"))) void pushShared(lua_State* L);
+CLASS_LIBRARY_API void registerShared(lua_State* L);
+CLASS_LIBRARY_API void pushShared(lua_State* L);

@@ -1,3 +1,4 @@
+#include "../system.h"
 #include "lua_state.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
@@ -238,8 +239,13 @@ TEST_F(Helpers, AppendSearchPaths)
     addPath(L, "/bin\\utils\\?.lua");
     addCPath(L, "/plat\\?.dll");
     addCPath(L, "/plat/?.so");
+#if defined(_WIN32)
+    EXPECT_EQ(shown("package.path"), "a;/bin\\?.lua;/bin\\utils\\?.lua");
+    EXPECT_EQ(shown("package.cpath"), "b;/plat\\?.dll;/plat/?.so");
+#else
     EXPECT_EQ(shown("package.path"), "a;/bin/?.lua;/bin/utils/?.lua");
     EXPECT_EQ(shown("package.cpath"), "b;/plat/?.so;/plat/?.so");
+#endif
     run("package.path = nil; package.cpath = 5");
     addPath(L, "x.dll");
     addCPath(L, "y.dll\\?.dllx");
@@ -247,7 +253,7 @@ TEST_F(Helpers, AppendSearchPaths)
     addPath(L, nullptr);
     addPath(nullptr, "z");
     EXPECT_EQ(shown("package.path"), "x.dll");
-    EXPECT_EQ(shown("package.cpath"), "y.dll/?.dllx");
+    EXPECT_EQ(shown("package.cpath"), sys::pathOf("y.dll/?.dllx"));
 }
 
 TEST_F(Helpers, KeepSecondBytesOfCharactersInSearchPaths)
@@ -255,7 +261,8 @@ TEST_F(Helpers, KeepSecondBytesOfCharactersInSearchPaths)
     run("package.path = ''");
     addPath(L, "\x81\x5C\\\xC4\xA3\\?.lua");     // two GBK characters, the first ends in a backslash
     addPath(L, "\xE4\xB8\xAD\\\xC3\xA9\\?.lua"); // the same shape in UTF-8
-    EXPECT_EQ(shown("package.path"), ";\x81\x5C/\xC4\xA3/?.lua;\xE4\xB8\xAD/\xC3\xA9/?.lua");
+    EXPECT_EQ(shown("package.path"),
+              sys::pathOf(";\x81\x5C/\xC4\xA3/?.lua") + sys::pathOf(";\xE4\xB8\xAD/\xC3\xA9/?.lua"));
 }
 
 TEST_F(Helpers, TolerateAMissingPackageTable)

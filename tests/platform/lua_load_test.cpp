@@ -1,3 +1,4 @@
+#include "../system.h"
 #include "lua_state.h"
 
 #include <cerrno>
@@ -5,8 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -19,14 +18,10 @@ using testing::StartsWith;
 
 class Load : public LuaState {
 protected:
-    Load()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "quor-load-XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-    }
+    Load() : folder(sys::makeFolder("quor-load")) {}
     ~Load() override { std::filesystem::remove_all(folder); }
 
-    std::string path(const char* name) const { return (folder / name).string(); }
+    std::string path(const char* name) const { return sys::join(folder, name); }
 
     std::string file(const char* name, const std::string& bytes) const
     {
@@ -108,10 +103,11 @@ TEST_F(Load, ReportsWhatIsNoFile)
                 StartsWith("cannot open " + path("missing.lua") + ": " + missing));
     EXPECT_THAT(reportOf(folder.string()), StartsWith("cannot open " + folder.string() + ": " + directory));
     EXPECT_THAT(reportOf(""), StartsWith("cannot open : " + missing));
-    EXPECT_THAT(reportOf("/dev/zero"), StartsWith("cannot open /dev/zero: not a regular file"));
-    ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
-    EXPECT_THAT(reportOf(path("fifo")), StartsWith("cannot open " + path("fifo") + ": not a regular file"));
-    ASSERT_EQ(symlink(path("nowhere").c_str(), path("link").c_str()), 0);
+    for (const std::string& device : sys::devices())
+        EXPECT_THAT(reportOf(device), StartsWith("cannot open " + device + ": not a regular file"));
+    const sys::Obstacle obstacle(path("obstacle"));
+    EXPECT_THAT(reportOf(path("obstacle")), StartsWith("cannot open " + path("obstacle") + ": "));
+    sys::makeLink(path("nowhere"), path("link")); // where none is made, nothing is there
     EXPECT_THAT(reportOf(path("link")), StartsWith("cannot open " + path("link") + ": " + missing));
     EXPECT_NE(dofile(L, nullptr), 0);
     EXPECT_NE(dofile(nullptr, "x"), 0);

@@ -1,4 +1,5 @@
 #include "../neutral_locale.h"
+#include "../system.h"
 #include "lua_state.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
@@ -246,10 +247,10 @@ TEST_F(Report, IgnoresTheLocale)
 TEST_F(Report, LeavesTheHostsLocaleAsItIs)
 {
     const std::string before = std::setlocale(LC_ALL, nullptr);
-    const locale_t current = uselocale(nullptr);
+    const void* current = sys::threadLocale();
     print_error(L, "%g", 0.5);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
-    EXPECT_EQ(uselocale(nullptr), current);
+    EXPECT_EQ(sys::threadLocale(), current);
 }
 
 TEST_F(Report, ShowsNumbersAsTheInterpreterDoes)

@@ -239,6 +239,10 @@ TEST(PrintMsg, SuitingArgumentsLookAsInTheCLibrary)
             const std::string begin = std::string("%") + flags + size;
             for (const char letter : std::string_view("diuoxX")) {
                 const std::string format = begin + letter;
+#if defined(__MINGW32__)
+                // Its library drops the zero that '#' is there for.
+                if (letter == 'o' && begin.find('#') != std::string::npos && begin.ends_with(".0")) continue;
+#endif
                 for (const int value : {0, 1, 8, 255, 123456, INT_MAX}) {
                     if (letter == 'u' &&
                         std::string_view(flags).find_first_of("+ ") != std::string_view::npos)

@@ -1,3 +1,5 @@
+#include "../system.h"
+
 #include <QuorCommon/QuorSystem.h>
 
 #include <gtest/gtest.h>
@@ -25,8 +27,8 @@ protected:
 
     void TearDown() override
     {
-        unsetenv("QUOR_INSTALLATION");
-        unsetenv("QUOR_PROJECT");
+        sys::setEnvironment("QUOR_INSTALLATION", nullptr);
+        sys::setEnvironment("QUOR_PROJECT", nullptr);
         QuorSystem::setInstallationFolder(nullptr);
         QuorSystem::setProjectFolder(nullptr);
         fs::current_path(workingFolder_);
@@ -56,7 +58,7 @@ TEST_F(Paths, NamesBecomePathsInTheInstallation)
         {"a b.lua", "/inst/a b.lua"},
     };
     for (const auto& [name, path] : cases) {
-        EXPECT_STREQ(QuorSystem::getFullQuorName(name), path) << (name == nullptr ? "null" : name);
+        EXPECT_EQ(QuorSystem::getFullQuorName(name), sys::pathOf(path)) << (name == nullptr ? "null" : name);
     }
 }
 
@@ -77,16 +79,22 @@ TEST_F(Paths, BackslashInsideADoubleByteCharacterStays)
         {"slash after a first byte", "\xC4/a", "/inst/\xC4/a"},
     };
     for (const auto& [what, name, path] : cases)
-        EXPECT_STREQ(QuorSystem::getFullQuorName(name), path) << what;
+        EXPECT_EQ(QuorSystem::getFullQuorName(name), sys::pathOf(path)) << what;
 }
 
-TEST_F(Paths, EveryBackslashOfUtf8IsASeparator)
+TEST_F(Paths, EveryBackslashOfUtf8IsASeparatorWhereTextMayBeUtf8)
 {
     const struct {
         const char* what;
         const char* name;
         const char* path;
     } cases[] = {
+#if defined(_WIN32)
+        // Here text is in the code page alone, which is GBK, whatever else its bytes could mean.
+        {"two bytes", "\xC3\xA9\\a", "/inst/\xC3\xA9/a"},
+        {"three bytes", "\xE4\xBD\xA0\\a", "/inst/\xE4\xBD\xA0\\a"},
+        {"four bytes", "\xF0\x9F\x98\x80\\a", "/inst/\xF0\x9F\x98\x80/a"},
+#else
         {"two bytes", "\xC3\xA9\\a", "/inst/\xC3\xA9/a"},
         {"three bytes", "\xE4\xBD\xA0\\a", "/inst/\xE4\xBD\xA0/a"},
         {"four bytes", "\xF0\x9F\x98\x80\\a", "/inst/\xF0\x9F\x98\x80/a"},
@@ -95,9 +103,10 @@ TEST_F(Paths, EveryBackslashOfUtf8IsASeparator)
         {"a surrogate, so not UTF-8", "\xED\xBF\xBF\\a", "/inst/\xED\xBF\xBF\\a"},
         {"beyond Unicode, so not UTF-8", "\xF4\x90\x80\x81\\a", "/inst/\xF4\x90\x80\x81\\a"},
         {"cut short, so not UTF-8", "\xE4\xBD\\a\xE4", "/inst/\xE4\xBD/a\xE4"},
+#endif
     };
     for (const auto& [what, name, path] : cases)
-        EXPECT_STREQ(QuorSystem::getFullQuorName(name), path) << what;
+        EXPECT_EQ(QuorSystem::getFullQuorName(name), sys::pathOf(path)) << what;
 }
 
 TEST_F(Paths, FolderAndNameMeetWithOneSeparator)
@@ -119,38 +128,41 @@ TEST_F(Paths, FolderAndNameMeetWithOneSeparator)
         {nullptr, nullptr, ""},
     };
     for (const auto& [folder, name, inFolder] : cases) {
-        EXPECT_EQ(QuorSystem::getFullQuorName(folder, name), std::string("/inst") + inFolder);
-        EXPECT_EQ(QuorSystem::getProjectFileFullPath(folder, name), std::string("/proj") + inFolder);
+        EXPECT_EQ(QuorSystem::getFullQuorName(folder, name), sys::pathOf(std::string("/inst") + inFolder));
+        EXPECT_EQ(QuorSystem::getProjectFileFullPath(folder, name),
+                  sys::pathOf(std::string("/proj") + inFolder));
     }
 }
 
 TEST_F(Paths, EveryServiceHasItsFolder)
 {
-    EXPECT_STREQ(QuorSystem::quorEnv(), "/inst");
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/proj");
-    EXPECT_STREQ(QuorSystem::quorFullPlatformPath(), "/inst/bin/x64");
-    EXPECT_STREQ(QuorSystem::quorFullPlatformPath(nullptr), "/inst/bin/x64");
-    EXPECT_STREQ(QuorSystem::quorFullPlatformPath("?.dll"), "/inst/bin/x64/?.dll");
-    EXPECT_STREQ(QuorSystem::getBinRuntimeFullName("\\?.lua"), "/inst/bin/?.lua");
-    EXPECT_STREQ(QuorSystem::getBinRuntimeFullName(""), "/inst/bin");
-    EXPECT_STREQ(QuorSystem::getBinUtilsRuntimeFullName("?.lua"), "/inst/bin/utils/?.lua");
-    EXPECT_STREQ(QuorSystem::getBinUtilsRuntimeFullName(nullptr), "/inst/bin/utils");
-    EXPECT_STREQ(QuorSystem::getProjectFileFullPath("sys\\quorToolTip.lua"), "/proj/sys/quorToolTip.lua");
-    EXPECT_STREQ(QuorSystem::getProjectFileFullPath(nullptr), "/proj");
+    EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf("/inst"));
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/proj"));
+    EXPECT_EQ(QuorSystem::quorFullPlatformPath(), sys::pathOf("/inst/bin/x64"));
+    EXPECT_EQ(QuorSystem::quorFullPlatformPath(nullptr), sys::pathOf("/inst/bin/x64"));
+    EXPECT_EQ(QuorSystem::quorFullPlatformPath("?.dll"), sys::pathOf("/inst/bin/x64/?.dll"));
+    EXPECT_EQ(QuorSystem::getBinRuntimeFullName("\\?.lua"), sys::pathOf("/inst/bin/?.lua"));
+    EXPECT_EQ(QuorSystem::getBinRuntimeFullName(""), sys::pathOf("/inst/bin"));
+    EXPECT_EQ(QuorSystem::getBinUtilsRuntimeFullName("?.lua"), sys::pathOf("/inst/bin/utils/?.lua"));
+    EXPECT_EQ(QuorSystem::getBinUtilsRuntimeFullName(nullptr), sys::pathOf("/inst/bin/utils"));
+    EXPECT_EQ(QuorSystem::getProjectFileFullPath("sys\\quorToolTip.lua"),
+              sys::pathOf("/proj/sys/quorToolTip.lua"));
+    EXPECT_EQ(QuorSystem::getProjectFileFullPath(nullptr), sys::pathOf("/proj"));
 }
 
 TEST_F(Paths, BufferTakesAPathThatFitsWithItsEnd)
 {
     char buffer[16];
     std::memset(buffer, '#', sizeof(buffer));
-    EXPECT_TRUE(QuorSystem::getFullQuorName("bin\\a", buffer, 12));
-    EXPECT_STREQ(buffer, "/inst/bin/a");
-    EXPECT_EQ(buffer[12], '#');
+    const std::string path = sys::pathOf("/inst/bin/a");
+    EXPECT_TRUE(QuorSystem::getFullQuorName("bin\\a", buffer, static_cast<int>(path.size() + 1)));
+    EXPECT_EQ(buffer, path);
+    EXPECT_EQ(buffer[path.size() + 1], '#');
 }
 
 TEST_F(Paths, BufferIsEmptyWhenThePathDoesNotFit)
 {
-    for (const int size : {1, 2, 11}) {
+    for (const int size : {1, 2, static_cast<int>(sys::pathOf("/inst/bin/a").size())}) {
         char buffer[16];
         std::memset(buffer, '#', sizeof(buffer));
         EXPECT_FALSE(QuorSystem::getFullQuorName("bin\\a", buffer, size)) << size;
@@ -172,7 +184,12 @@ TEST_F(Paths, BufferMayHoldTheNameItself)
 {
     char buffer[32] = "bin\\a";
     EXPECT_TRUE(QuorSystem::getFullQuorName(buffer, buffer, sizeof(buffer)));
-    EXPECT_STREQ(buffer, "/inst/bin/a");
+    EXPECT_EQ(buffer, sys::pathOf("/inst/bin/a"));
+}
+
+std::string withoutFirstSeparator(const std::string& path)
+{
+    return path.substr(path.find_first_not_of("/\\"));
 }
 
 TEST_F(Paths, TextStandsUntilTheEighthLaterCallAndMayBeItsArgument)
@@ -180,16 +197,17 @@ TEST_F(Paths, TextStandsUntilTheEighthLaterCallAndMayBeItsArgument)
     const char* text = QuorSystem::getFullQuorName("a text that is longer than any short one");
     for (int later = 1; later < 8; ++later) {
         EXPECT_STRNE(QuorSystem::getProjectFileFullPath(std::to_string(later).c_str()), text);
-        EXPECT_STREQ(text, "/inst/a text that is longer than any short one") << later;
+        EXPECT_EQ(text, sys::pathOf("/inst/a text that is longer than any short one")) << later;
     }
-    EXPECT_STREQ(QuorSystem::getFullQuorName("bin", text),
-                 "/inst/bin/inst/a text that is longer than any short one");
+    const std::string before = text;
+    EXPECT_EQ(QuorSystem::getFullQuorName("bin", text),
+              sys::pathOf("/inst/bin/") + withoutFirstSeparator(before));
 }
 
 TEST_F(Paths, LongNamesAreNotCut)
 {
     const std::string name(100'000, 'n');
-    EXPECT_EQ(QuorSystem::getFullQuorName(name.c_str()), "/inst/" + name);
+    EXPECT_EQ(QuorSystem::getFullQuorName(name.c_str()), sys::pathOf("/inst/") + name);
 }
 
 TEST_F(Paths, ThreadsKeepTheirOwnTexts)
@@ -201,7 +219,7 @@ TEST_F(Paths, ThreadsKeepTheirOwnTexts)
             for (int i = 0; i < 2000; ++i) {
                 const std::string name = std::to_string(t) + "\\a name of some length\\" + std::to_string(i);
                 const std::string expected =
-                    "/inst/" + std::to_string(t) + "/a name of some length/" + std::to_string(i);
+                    sys::pathOf("/inst/" + std::to_string(t) + "/a name of some length/" + std::to_string(i));
                 if (QuorSystem::getFullQuorName(name.c_str()) != expected) ++wrong[t];
             }
         });
@@ -217,14 +235,26 @@ TEST_F(Paths, NamedFoldersAreMadeAbsoluteAndTidy)
         const char* given;
         const char* folder;
     } cases[] = {
-        {"/a/b/", "/a/b"},    {"/a//b/./c", "/a/b/c"}, {"/a/../b", "/a/../b"}, {"\\a\\b", "/a/b"},
-        {"a\\b", "/usr/a/b"}, {".", "/usr"},           {"..", "/usr/.."},      {"/", "/"},
+        {"/a/b/", "/a/b"},
+        {"/a//b/./c", "/a/b/c"},
+        {"\\a\\b", "/a/b"},
+        {"a\\b", "/usr/a/b"},
+        {".", "/usr"},
+        {"/", "/"},
+#if defined(_WIN32)
+        {"/a/../b", "/b"},
+        {"..", "/"},
+#else
+        // Behind a link ".." leads elsewhere than the text says.
+        {"/a/../b", "/a/../b"},
+        {"..", "/usr/.."},
+#endif
     };
     for (const auto& [given, folder] : cases) {
         QuorSystem::setInstallationFolder(given);
         QuorSystem::setProjectFolder(given);
-        EXPECT_STREQ(QuorSystem::quorEnv(), folder) << given;
-        EXPECT_STREQ(QuorSystem::getCurrentProjPath(), folder) << given;
+        EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf(folder)) << given;
+        EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf(folder)) << given;
     }
 }
 
@@ -233,57 +263,58 @@ TEST_F(Paths, RelativeFolderKeepsTheWorkingFolderOfItsNaming)
     QuorSystem::setInstallationFolder("inst");
     fs::current_path("/");
     QuorSystem::setProjectFolder("proj");
-    EXPECT_STREQ(QuorSystem::quorEnv(), "/usr/inst");
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/proj");
+    EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf("/usr/inst"));
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/proj"));
 }
 
 TEST_F(Paths, RootAsFolderGetsNoSecondSeparator)
 {
     QuorSystem::setInstallationFolder("/");
-    EXPECT_STREQ(QuorSystem::getFullQuorName("\\bin\\a"), "/bin/a");
-    EXPECT_STREQ(QuorSystem::getFullQuorName(""), "/");
-    EXPECT_STREQ(QuorSystem::quorFullPlatformPath(), "/bin/x64");
+    EXPECT_EQ(QuorSystem::getFullQuorName("\\bin\\a"), sys::pathOf("/bin/a"));
+    EXPECT_EQ(QuorSystem::getFullQuorName(""), sys::pathOf("/"));
+    EXPECT_EQ(QuorSystem::quorFullPlatformPath(), sys::pathOf("/bin/x64"));
 }
 
 TEST_F(Paths, EnvironmentNamesTheFoldersThatNobodySet)
 {
-    setenv("QUOR_INSTALLATION", "/env\\inst/", 1);
-    setenv("QUOR_PROJECT", "/env/proj", 1);
+    sys::setEnvironment("QUOR_INSTALLATION", "/env\\inst/");
+    sys::setEnvironment("QUOR_PROJECT", "/env/proj");
     QuorSystem::setInstallationFolder(nullptr);
-    EXPECT_STREQ(QuorSystem::quorEnv(), "/env/inst");
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/proj");
+    EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf("/env/inst"));
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/proj"));
     QuorSystem::setProjectFolder("");
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/env/proj");
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/env/proj"));
 }
 
 TEST_F(Paths, EnvironmentIsReadOnlyWhenASetUpFunctionIsCalled)
 {
-    setenv("QUOR_INSTALLATION", "/first", 1);
+    sys::setEnvironment("QUOR_INSTALLATION", "/first");
     QuorSystem::setInstallationFolder(nullptr);
-    setenv("QUOR_INSTALLATION", "/second", 1);
-    EXPECT_STREQ(QuorSystem::quorEnv(), "/first");
+    sys::setEnvironment("QUOR_INSTALLATION", "/second");
+    EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf("/first"));
     QuorSystem::setProjectFolder("/other");
-    EXPECT_STREQ(QuorSystem::quorEnv(), "/second");
+    EXPECT_EQ(QuorSystem::quorEnv(), sys::pathOf("/second"));
 }
 
 TEST_F(Paths, EmptyVariableCountsAsNone)
 {
     QuorSystem::setInstallationFolder(nullptr);
     const std::string beside = QuorSystem::quorEnv();
-    setenv("QUOR_INSTALLATION", "", 1);
-    setenv("QUOR_PROJECT", "", 1);
+    sys::setEnvironment("QUOR_INSTALLATION", "");
+    sys::setEnvironment("QUOR_PROJECT", "");
     QuorSystem::setInstallationFolder(nullptr);
     QuorSystem::setProjectFolder(nullptr);
     EXPECT_EQ(QuorSystem::quorEnv(), beside);
-    EXPECT_EQ(QuorSystem::getCurrentProjPath(), beside + "/project");
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(),
+              beside + sys::pathOf("/project").substr(sys::pathOf("/").size() - 1));
 }
 
 TEST_F(Paths, ProjectLiesInTheInstallationUnlessNamed)
 {
     QuorSystem::setProjectFolder(nullptr);
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/inst/project");
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/inst/project"));
     QuorSystem::setInstallationFolder("/moved");
-    EXPECT_STREQ(QuorSystem::getCurrentProjPath(), "/moved/project");
+    EXPECT_EQ(QuorSystem::getCurrentProjPath(), sys::pathOf("/moved/project"));
 }
 
 /// Copies of a program that prints its folders, in a temporary folder of their own.
@@ -291,76 +322,100 @@ class ProgramPlace : public testing::Test {
 protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/quor_paths_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        root_ = fs::canonical(pattern);
+        root_ = sys::makeFolder("quor-paths");
+        sys::setEnvironment(loaderPath, QUOR_LIBRARY_FOLDER);
     }
 
-    void TearDown() override { fs::remove_all(root_); }
+    void TearDown() override
+    {
+        fs::remove_all(root_);
+        sys::setEnvironment("QUOR_INSTALLATION", nullptr);
+        sys::setEnvironment("QUOR_PROJECT", nullptr);
+        sys::setEnvironment(loaderPath, before_ ? before_->c_str() : nullptr);
+    }
 
     fs::path place(const std::string& name)
     {
-        const fs::path program = root_ / name;
+        const fs::path program = root_ / (name + programSuffix);
         fs::create_directories(program.parent_path());
         fs::copy_file(QUOR_PRINT_FOLDERS, program);
         return program;
     }
 
-    std::string output(const fs::path& program, const std::string& environment = "")
-    {
-        const std::string command = "cd '" + root_.string() +
-                                    "' && env -u QUOR_INSTALLATION -u QUOR_PROJECT LD_LIBRARY_PATH='" +
-                                    QUOR_LIBRARY_FOLDER "' " + environment + " '" + program.string() + "'";
-        FILE* pipe = popen(command.c_str(), "r");
-        if (pipe == nullptr) return "no pipe";
-        std::string text;
-        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-            text += static_cast<char>(c);
-        return pclose(pipe) == 0 ? text : "failed: " + text;
-    }
+    std::string output(const fs::path& program) { return sys::outputOf(program.string(), root_); }
 
+    /// What is printed where these are the folders, given as they lie in the folder of this test.
     std::string lines(const std::string& installation, const std::string& project)
     {
-        return installation + "\n" + project + "\n";
+        return inRoot(installation) + "\n" + inRoot(project) + "\n";
     }
+    std::string inRoot(const std::string& name) { return (root_ / name).make_preferred().string(); }
+
+    /// Where programs look for libraries that do not lie beside them, and how the name of a program ends.
+#if defined(_WIN32)
+    static constexpr const char* loaderPath = "PATH";
+    static constexpr const char* programSuffix = ".exe";
+#else
+    static constexpr const char* loaderPath = "LD_LIBRARY_PATH";
+    static constexpr const char* programSuffix = "";
+#endif
 
     fs::path root_;
+    const std::optional<std::string> before_ =
+        std::getenv(loaderPath) ? std::optional<std::string>(std::getenv(loaderPath)) : std::nullopt;
 };
 
 TEST_F(ProgramPlace, ABinFolderStandsInTheInstallation)
 {
-    const std::string inst = root_.string() + "/product";
-    EXPECT_EQ(output(place("product/bin/p")), lines(inst, inst + "/project"));
+    EXPECT_EQ(output(place("product/bin/p")), lines("product", "product/project"));
 }
 
 TEST_F(ProgramPlace, AnyOtherFolderIsTheInstallation)
 {
-    for (const char* folder : {"/tools", "/robin", "/Bin"}) {
-        const std::string inst = root_.string() + folder;
-        EXPECT_EQ(output(place(std::string(folder).substr(1) + "/p")), lines(inst, inst + "/project"));
-    }
+    for (const std::string folder : {"tools", "robin"})
+        EXPECT_EQ(output(place(folder + "/p")), lines(folder, folder + "/project"));
+}
+
+TEST_F(ProgramPlace, LetterCaseOfABinFolderCountsWhereTheSystemsFoldersHaveOne)
+{
+#if defined(_WIN32)
+    EXPECT_EQ(output(place("product/Bin/p")), lines("product", "product/project"));
+#else
+    EXPECT_EQ(output(place("product/Bin/p")), lines("product/Bin", "product/Bin/project"));
+#endif
 }
 
 TEST_F(ProgramPlace, LinksToTheProgramAreFollowed)
 {
     const fs::path program = place("product/bin/p");
-    fs::create_symlink(program, root_ / "link");
-    const std::string inst = root_.string() + "/product";
-    EXPECT_EQ(output(root_ / "link"), lines(inst, inst + "/project"));
+    const std::string link = (root_ / "link").string() + programSuffix;
+    if (!sys::makeLink(program.string(), link)) GTEST_SKIP() << "this system makes no links";
+    EXPECT_EQ(output(link), lines("product", "product/project"));
 }
 
 TEST_F(ProgramPlace, FoldersOfTheSystemKeepTheirBackslashes)
 {
-    const std::string inst = root_.string() + "/odd\\name";
-    EXPECT_EQ(output(place("odd\\name/bin/p")), lines(inst, inst + "/project"));
+#if defined(_WIN32)
+    // Here they separate names, but for those that are the second byte of a character: U+4E57 is 81 5C.
+    const std::string inst = root_.string() + "\\odd\x81\x5C" + "name";
+    const fs::path bin = root_ / L"odd\u4E57name" / "bin";
+    fs::create_directories(bin);
+    fs::copy_file(QUOR_PRINT_FOLDERS, bin / "p.exe");
+    EXPECT_EQ(sys::outputOf(inst + "\\bin\\p.exe", root_), inst + "\n" + inst + "\\project\n");
+#else
+    EXPECT_EQ(output(place("odd\\name/bin/p")), lines("odd\\name", "odd\\name/project"));
+#endif
 }
 
 TEST_F(ProgramPlace, EnvironmentComesBeforeThePlaceAtTheFirstUse)
 {
     const fs::path program = place("product/bin/p");
-    EXPECT_EQ(output(program, "QUOR_INSTALLATION=inst"),
-              lines(root_.string() + "/inst", root_.string() + "/inst/project"));
-    EXPECT_EQ(output(program, "QUOR_PROJECT=/proj"), lines(root_.string() + "/product", "/proj"));
+    sys::setEnvironment("QUOR_INSTALLATION", "inst");
+    EXPECT_EQ(output(program), lines("inst", "inst/project"));
+    sys::setEnvironment("QUOR_INSTALLATION", nullptr);
+    const std::string project = inRoot("proj");
+    sys::setEnvironment("QUOR_PROJECT", project.c_str());
+    EXPECT_EQ(output(program), lines("product", "proj"));
 }
 
 } // namespace

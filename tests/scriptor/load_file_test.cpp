@@ -1,7 +1,5 @@
 #include "scriptor_fixture.h"
 
-#include <unistd.h>
-
 namespace {
 
 using testing::ElementsAre;
@@ -66,7 +64,8 @@ TEST_F(LoadFile, RefusesANullPath)
 TEST_F(LoadFile, CannotExamineWhatIsNotThere)
 {
     folder.write("file.lua", "");
-    ASSERT_EQ(symlink(folder.path("nowhere").c_str(), folder.path("dangling.lua").c_str()), 0);
+    sys::makeLink(folder.path("nowhere"),
+                  folder.path("dangling.lua")); // where none is made, nothing is there
     for (const std::string& path : {std::string(), folder.path("missing.lua"), folder.path("missing/x.lua"),
                                     folder.path("file.lua/x.lua"), folder.path("dangling.lua")}) {
         EXPECT_EQ(load(path), Quor::FileNotExamined) << path;
@@ -78,12 +77,19 @@ TEST_F(LoadFile, CannotExamineWhatIsNotThere)
 
 TEST_F(LoadFile, FailsOnWhatIsNoReadableFile)
 {
-    ASSERT_EQ(mkfifo(folder.path("fifo").c_str(), 0600), 0);
-    std::vector<std::string> paths = {folder.path(), folder.path("fifo"), "/dev/zero", "/proc/self/mem"};
-    if (geteuid() != 0) {
-        paths.push_back(folder.write("unreadable.lua", ""));
-        ASSERT_EQ(chmod(paths.back().c_str(), 0), 0);
-    }
+    const sys::Obstacle obstacle(folder.path("obstacle"));
+    std::vector<std::string> paths = {folder.path(), folder.path("obstacle")};
+#if defined(_WIN32)
+    for (const std::string& device : sys::devices())
+        EXPECT_EQ(load(device), Quor::FileNotExamined) << "devices have no time there";
+#else
+    for (const std::string& device : sys::devices())
+        paths.push_back(device);
+#endif
+    const std::string unreadable = folder.write("unreadable.lua", "");
+    std::filesystem::permissions(unreadable, std::filesystem::perms::none);
+    // No permission keeps the superuser out.
+    if (!std::ifstream(unreadable)) paths.push_back(unreadable);
     for (const std::string& path : paths) {
         alerts.clear();
         EXPECT_EQ(load(path), Quor::ScriptFailed) << path;
@@ -159,7 +165,7 @@ TEST_F(LoadFile, RunsPrecompiledCode)
 TEST_F(LoadFile, RunsAgainOnlyWhenTheTimeMovedByFiveSecondsOrMore)
 {
     struct Case {
-        long seconds;
+        long long seconds;
         long nanoseconds;
         bool runs;
     };

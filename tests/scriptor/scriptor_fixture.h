@@ -1,32 +1,23 @@
 #pragma once
 
 #include "../lua_text.h"
+#include "../system.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
 #include <QuorPrimary/QuorPrimary.h>
 #include <QuorScriptor/QuorScriptor.h>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <iconv.h>
 #include <string>
-#include <sys/stat.h>
 #include <vector>
 
 /// The UTF-8 form of a text in the host's code page; what is not GBK fails the test.
 inline std::string utf8(const std::string& gbk)
 {
-    const iconv_t converter = iconv_open("UTF-8", "GBK");
-    std::string text(gbk.size() * 3 + 1, '\0');
-    char* from = const_cast<char*>(gbk.data());
-    char* to = text.data();
-    std::size_t left = gbk.size();
-    std::size_t room = text.size();
-    EXPECT_NE(iconv(converter, &from, &left, &to, &room), static_cast<std::size_t>(-1)) << "not GBK";
-    iconv_close(converter);
-    text.resize(text.size() - room);
-    return text;
+    const std::optional<std::string> text = sys::utf8FromGbk(gbk);
+    EXPECT_TRUE(text) << "not GBK";
+    return text.value_or("");
 }
 
 /// The bytes of a chunk, as a scriptor takes them. The text must outlive the record.
@@ -64,33 +55,28 @@ public:
 /// A folder for the scripts of one test.
 class ScriptFolder {
 public:
-    ScriptFolder()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "quor-scriptor-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-    }
+    ScriptFolder() : folder_(sys::makeFolder("quor-scriptor")) {}
     ~ScriptFolder() { std::filesystem::remove_all(folder_); }
     ScriptFolder(const ScriptFolder&) = delete;
     ScriptFolder& operator=(const ScriptFolder&) = delete;
 
-    std::string path(const std::string& name = "") const { return (folder_ / name).string(); }
+    std::string path(const std::string& name = "") const { return sys::join(folder_, name); }
     std::string write(const std::string& name, const std::string& bytes) const
     {
-        std::filesystem::create_directories((folder_ / name).parent_path());
+        std::filesystem::create_directories(folder_ / std::filesystem::path(name).parent_path());
         std::ofstream(path(name), std::ios::binary) << bytes;
         return path(name);
     }
     /// Writes a script that was last changed at a given time.
-    std::string write(const std::string& name, const std::string& bytes, long seconds) const
+    std::string write(const std::string& name, const std::string& bytes, long long seconds) const
     {
         write(name, bytes);
         setTime(name, seconds);
         return path(name);
     }
-    void setTime(const std::string& name, long seconds, long nanoseconds = 0) const
+    void setTime(const std::string& name, long long seconds, long nanoseconds = 0) const
     {
-        const timespec times[2] = {{seconds, nanoseconds}, {seconds, nanoseconds}};
-        ASSERT_EQ(utimensat(AT_FDCWD, path(name).c_str(), times, 0), 0);
+        ASSERT_TRUE(sys::setFileTime(path(name), seconds, nanoseconds));
     }
 
 private:

@@ -1,107 +1,13 @@
 #include "Protected.h"
+#include "ReadFile.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
-#include <cerrno>
 #include <exception>
 #include <new>
 #include <string>
-#include <system_error>
-
-#if defined(_WIN32)
-#include <cstdio>
-#include <sys/stat.h>
-#else
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 namespace lua_tinker {
 namespace {
-
-std::string reason(int error)
-{
-    return std::generic_category().message(error);
-}
-
-std::string cannot(const char* action, const char* path, const std::string& why)
-{
-    return std::string("cannot ") + action + ' ' + path + ": " + why;
-}
-
-#if defined(_WIN32)
-
-// The whole file; on failure `problem` is not empty. Throws std::bad_alloc.
-std::string readFile(const char* path, std::string& problem)
-{
-    std::string bytes;
-    struct _stat64 status;
-    if (_stat64(path, &status) != 0) {
-        problem = cannot("open", path, reason(errno));
-        return bytes;
-    }
-    if ((status.st_mode & _S_IFMT) != _S_IFREG) {
-        problem = cannot("open", path, "not a regular file");
-        return bytes;
-    }
-    struct Closer {
-        ~Closer()
-        {
-            if (file) std::fclose(file);
-        }
-        std::FILE* file;
-    } opened{std::fopen(path, "rb")};
-    if (!opened.file) {
-        problem = cannot("open", path, reason(errno));
-        return bytes;
-    }
-    char part[16384];
-    for (std::size_t count; (count = std::fread(part, 1, sizeof part, opened.file)) > 0;)
-        bytes.append(part, count);
-    if (std::ferror(opened.file)) problem = cannot("read", path, reason(errno));
-    return bytes;
-}
-
-#else
-
-// The whole file; on failure `problem` is not empty. Throws std::bad_alloc.
-std::string readFile(const char* path, std::string& problem)
-{
-    std::string bytes;
-    struct Closer {
-        ~Closer()
-        {
-            if (file >= 0) ::close(file);
-        }
-        int file;
-        // Without waiting: a pipe without a writer would hold the host for ever.
-    } opened{::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)};
-    struct stat status {};
-    if (opened.file < 0 || ::fstat(opened.file, &status) != 0) {
-        problem = cannot("open", path, reason(errno));
-        return bytes;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        problem = cannot("open", path, S_ISDIR(status.st_mode) ? reason(EISDIR) : "not a regular file");
-        return bytes;
-    }
-    if (status.st_size > 0 && status.st_size < 0x1000000)
-        bytes.reserve(static_cast<std::size_t>(status.st_size));
-    char part[16384];
-    for (;;) {
-        const ssize_t count = ::read(opened.file, part, sizeof part);
-        if (count > 0) {
-            bytes.append(part, static_cast<std::size_t>(count));
-        } else if (count == 0) {
-            return bytes;
-        } else if (errno != EINTR) {
-            problem = cannot("read", path, reason(errno));
-            return bytes;
-        }
-    }
-}
-
-#endif
 
 // How many bytes stand before the chunk. The line end of a '#' line stays, so that lines keep their numbers,
 // unless precompiled code follows.
@@ -145,7 +51,7 @@ int dofile(lua_State* L, const char* path)
     if (path) {
         try {
             name = std::string("@") + path;
-            bytes = readFile(path, problem);
+            bytes = detail::readFile(path, problem);
             const std::size_t from = skipped(bytes);
             chunk = {bytes.data() + from, bytes.size() - from, name.c_str(),
                      problem.empty() ? nullptr : problem.c_str()};

@@ -1,35 +1,10 @@
 #include <QuorCommon/quorsys.h>
 
-#if defined(_WIN32)
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <windows.h>
-#else
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#endif
 
 namespace quorsys {
-
-#if defined(_WIN32)
-
-unsigned int currentThreadId()
-{
-    return static_cast<unsigned int>(GetCurrentThreadId());
-}
-
-bool fileModificationTime(const char* path, long long& seconds)
-{
-    seconds = 0;
-    struct _stat64 status;
-    if (path == nullptr || _stat64(path, &status) != 0) return false;
-    seconds = status.st_mtime;
-    return true;
-}
-
-#else
-
 namespace {
 
 // Asked for at every look-up of per-thread data: in the loader's fixed block access is one instruction.
@@ -54,7 +29,5 @@ bool fileModificationTime(const char* path, long long& seconds)
     seconds = status.st_mtime;
     return true;
 }
-
-#endif
 
 } // namespace quorsys

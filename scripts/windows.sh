@@ -1,0 +1,110 @@
+## windows            builds for Windows and runs all tests under Wine; fails where they are not those of Linux
+source scripts/windows-libraries.sh
+
+programs=$PWD/build/mingw/bin
+reports=$PWD/build/mingw/reports
+
+# The system that the programs run on: Chinese, so that the ANSI code page is 936.
+export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all LOCPATH=$PWD/build/windows/locales LC_ALL=zh_CN.UTF-8
+
+start_wine() {
+    [[ -d $LOCPATH/$LC_ALL ]] || { mkdir -p "$LOCPATH" && localedef -i zh_CN -f UTF-8 "$LOCPATH/$LC_ALL"; }
+    # One server for all programs, instead of one started for each.
+    wineserver -p
+    trap 'wineserver -k' EXIT
+    [[ -f $WINEPREFIX/system.reg ]] || DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=' wineboot -i >&2
+}
+
+# names_on_windows: every test that was run, from the reports of the programs and that of CTest.
+names_on_windows() {
+    sed -n 's/.*<testcase name="\([^"]*\)".* classname="\([^"]*\)".*/\2.\1/p' "$reports"/*.xml
+    sed -n 's/.*<testcase name="\([^"]*\)".*/\1/p' build/mingw/tests.xml | grep -v '^program\.'
+}
+
+names_on_linux() { ctest --preset dev -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p'; }
+
+# The numbers of all reports added up; a skipped test is a test case whose result says so.
+sum() { cat "$reports"/*.xml | sed -n "s/.*<testsuites .*\b$1=\"\([0-9]*\)\".*/\1/p" | awk '{ sum += $1 } END { print sum + 0 }'; }
+
+passed=0 failed=0
+# check WHAT COMMAND...: one thing more that passes or fails.
+check() {
+    if "${@:2}"; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        say "failed: $1"
+    fi
+}
+
+same_tests() { diff <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort) >&2; }
+
+# What is imported is the system's, Lua's, or our own: nothing of the compiler's.
+imports_are_ours() {
+    local file library strangers=0
+    for file in "$programs"/Quor*.dll "$programs"/{BaseObj,KxGeBasic,lua51}.dll "$programs/quor.exe"; do
+        for library in $(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/.*DLL Name: //p'); do
+            case ${library,,} in
+            kernel32.dll | msvcrt.dll | user32.dll | advapi32.dll | shell32.dll) ;;
+            *) [[ -f $programs/$library ]] || { say "$(basename "$file") needs $library" && strangers=1; } ;;
+            esac
+        done
+    done
+    [[ $strangers == 0 ]]
+}
+
+# version_is_told FILE: its resource names the version that the header has.
+version_is_told() {
+    local version
+    version=$(sed -n 's/^#define QUORSCRIPTOR_VERSION "\(.*\)"$/\1/p' include/QuorScriptor/version.h)
+    [[ -n $version ]] && strings -el "$1" | grep -A 1 -x ProductVersion | grep -qx "$version"
+}
+
+# same_drawing SCRIPT: the command's JSON is the same on both systems, to the byte.
+same_drawing() {
+    local installation=$PWD/sample/installation project=$PWD/sample/project scene=$PWD/sample/scenes/isometric.json
+    local options=(--quiet --format json --scene)
+    local here=build/mingw/linux.json there=build/mingw/windows.json
+    rm -f "$here" "$there"
+    QUOR_INSTALLATION=$installation QUOR_PROJECT=$project \
+        build/dev/bin/quor draw "$1" "${options[@]}" "$scene" -o "$here" || return
+    QUOR_INSTALLATION=Z:$installation QUOR_PROJECT=Z:$project \
+        wine "$programs/quor.exe" draw "$1" "${options[@]}" "$scene" -o "$there" || return
+    cmp "$here" "$there"
+}
+
+build dev
+windows_libraries
+build mingw
+start_wine
+
+rm -rf "$reports" build/mingw/tests.xml
+ctest --preset mingw --parallel "$(nproc)" --output-junit "$PWD/build/mingw/tests.xml" || true
+if [[ ! -s build/mingw/tests.xml ]] || ! ls "$reports"/*.xml >/dev/null 2>&1; then
+    say 'the tests did not run under Wine'
+    echo '0 passed, 1 failed'
+    exit 1
+fi
+skipped=$(cat "$reports"/*.xml | grep -c '<testcase .* result="skipped"' || true)
+failed=$(($(sum failures) + $(sum errors)))
+passed=$(($(sum tests) - failed - skipped - $(sum disabled)))
+# Programs that ended without a report, and the tests that are no programs of GoogleTest's.
+while read -r name; do
+    if [[ $name != program.* ]]; then
+        check "$name" grep -q "<testcase name=\"$name\".* status=\"run\"" build/mingw/tests.xml
+    else
+        check "$name" test -s "$reports/${name#program.}.xml"
+    fi
+done < <(sed -n 's/.*<testcase name="\([^"]*\)".*/\1/p' build/mingw/tests.xml)
+check 'the tests are those of Linux' same_tests
+check 'only DLLs of the system and our own are needed' imports_are_ours
+for library in QuorScriptor BaseObj KxGeBasic QuorCommon QuorMsgHandle QuorPrimary QuorPureScriptor; do
+    check "$library.dll tells its version" version_is_told "$programs/$library.dll"
+done
+check 'quor.exe tells its version' version_is_told "$programs/quor.exe"
+for script in sample/project/components/*.lua; do
+    check "$script is drawn as on Linux" same_drawing "$script"
+done
+[[ $skipped == 0 ]] || printf '%d skipped or disabled\n' "$skipped"
+printf '%d passed, %d failed\n' "$passed" "$failed"
+[[ $failed == 0 ]]

@@ -1,0 +1,119 @@
+#include "../system.h"
+
+#include <cerrno>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <iconv.h>
+#include <stdexcept>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace sys {
+
+void setEnvironment(const char* name, const char* value)
+{
+    if (value)
+        setenv(name, value, 1);
+    else
+        unsetenv(name);
+}
+
+std::filesystem::path makeFolder(const std::string& prefix)
+{
+    std::string name = (std::filesystem::temp_directory_path() / (prefix + "-XXXXXX")).string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no folder like " + name);
+    return std::filesystem::canonical(name);
+}
+
+std::string inSystemForm(std::string path)
+{
+    return path;
+}
+
+bool setFileTime(const std::string& path, long long seconds, long nanoseconds)
+{
+    const timespec time = {static_cast<time_t>(seconds), nanoseconds};
+    const timespec times[2] = {time, time};
+    return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
+}
+
+bool makeLink(const std::string& target, const std::string& link)
+{
+    return symlink(target.c_str(), link.c_str()) == 0;
+}
+
+Obstacle::Obstacle(const std::string& path) : path_(path)
+{
+    if (mkfifo(path.c_str(), 0600) != 0) throw std::runtime_error("no pipe at " + path);
+}
+
+Obstacle::~Obstacle()
+{
+    unlink(path_.c_str());
+}
+
+const bool FileLock::excludesOthers = false;
+
+FileLock::FileLock(const std::string& path) : handle_(std::fopen(path.c_str(), "r+b"))
+{
+    if (!handle_ || flock(fileno(static_cast<std::FILE*>(handle_)), LOCK_EX) != 0)
+        throw std::runtime_error("no lock of " + path);
+}
+
+FileLock::~FileLock()
+{
+    std::fclose(static_cast<std::FILE*>(handle_));
+}
+
+std::vector<std::string> devices()
+{
+    return {"/dev/zero", "/proc/self/mem"};
+}
+
+unsigned int threadId()
+{
+    return static_cast<unsigned int>(syscall(SYS_gettid));
+}
+
+const void* threadLocale()
+{
+    return uselocale(nullptr);
+}
+
+std::string pathOf(std::string_view text)
+{
+    return std::string(text);
+}
+
+std::string outputOf(const std::string& program, const std::filesystem::path& folder)
+{
+    const std::string command = "cd '" + folder.string() + "' && '" + program + "'";
+    std::FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return "no pipe";
+    std::string text;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        text += static_cast<char>(c);
+    return pclose(pipe) == 0 ? text : "failed: " + text;
+}
+
+std::optional<std::string> utf8FromGbk(std::string_view gbk)
+{
+    const iconv_t converter = iconv_open("UTF-8", "GBK");
+    if (converter == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("no converter for GBK");
+    std::string utf8(gbk.size() * 3 + 1, '\0');
+    char* from = const_cast<char*>(gbk.data());
+    char* to = utf8.data();
+    std::size_t left = gbk.size();
+    std::size_t room = utf8.size();
+    const bool whole = iconv(converter, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
+    iconv_close(converter);
+    if (!whole) return std::nullopt;
+    utf8.resize(utf8.size() - room);
+    return utf8;
+}
+
+} // namespace sys
