@@ -164,6 +164,7 @@ package_headers_alone() {
     local all bad compiler=$1 flags
     flags=$(package_config shared --cflags QuorScriptor)
     all=$(wc -l <"$package_work/headers")
+    # shellcheck disable=SC2016 # the inner shell's own arguments
     bad=$(xargs -a "$package_work/headers" -P "$(nproc)" -I '{}' bash -c '
         printf "#include <%s>\n" "$1" | $2 -std=c++20 -Wall -Wextra -Werror $3 -fsyntax-only -x c++ - ||
             echo "$1" >&3' - '{}' "$compiler" "$flags" 3>&1 >&2 || true)
@@ -190,11 +191,12 @@ package_own_object() {
 # A deployed host: all libraries beside the program. With another file under one name, that is used, and nothing is
 # built anew.
 package_own_file() {
-    local folder=$package_work/deployed library
+    local folder=$package_work/deployed library libraries=()
+    for library in "${package_libraries[@]}"; do libraries+=("-l:lib$library.so.1"); done
     mkdir -p "$folder"
     cp -P "$(package_prefix shared)"/lib/lib*.so.* "$folder"
     g++ -o "$folder/draw" "$package_work/pkg-config-shared/draw.o" -L"$folder" -Wl,-rpath,"\$ORIGIN" \
-        $(for library in "${package_libraries[@]}"; do echo "-l:lib$library.so.1"; done)
+        "${libraries[@]}"
     package_draws reference "$folder/draw"
     rm "$folder"/libQuorMsgHandle.so.*
     g++ -std=c++20 -fPIC -shared -fvisibility=hidden -DQuorMsgHandle_EXPORTS -I"$(package_prefix shared)/include" \
@@ -235,6 +237,7 @@ package_vendor_build() {
 }
 
 word_package() {
+    # shellcheck disable=SC2154 # of dev
     need "${build_packages[@]}" "${check_packages[@]}"
     rm -rf "$package_work"
     mkdir -p "$package_work"
