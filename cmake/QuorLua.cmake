@@ -1,6 +1,9 @@
 # The Lua interpreter, as the one target Quor::Lua. The choice is QUOR_LUA; results are the same on all three.
 
 include_guard()
+if(TARGET Quor::Lua)
+    return() # the host brought it
+endif()
 
 if(NOT QUOR_LUA MATCHES "^(lua5\\.1|lua5\\.1-c\\+\\+|luajit)$")
     message(FATAL_ERROR "QUOR_LUA is \"${QUOR_LUA}\"; it must be lua5.1, lua5.1-c++ or luajit")

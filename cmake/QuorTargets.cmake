@@ -12,6 +12,7 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 # What the systems do differently lies in files of the same names, in folders of these.
 set(QUOR_SYSTEM posix)
@@ -20,7 +21,7 @@ if(WIN32)
     set(CMAKE_SHARED_LIBRARY_PREFIX "") # QuorScriptor.dll
 endif()
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
 
@@ -42,9 +43,22 @@ else()
     add_link_options(-Wl,--no-undefined)
 endif()
 
+# quor_library(NAME ARGUMENT...): add_library, shared or static as BUILD_SHARED_LIBS says; a static one tells whoever
+# uses it by the definition NAME_STATIC.
+function(quor_library name)
+    add_library(${name} ${ARGN})
+    add_library(QuorScriptor::${name} ALIAS ${name})
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    set_target_properties(${name} PROPERTIES VERSION ${QuorScriptor_VERSION} SOVERSION ${QuorScriptor_VERSION_MAJOR})
+    if(NOT BUILD_SHARED_LIBS)
+        target_compile_definitions(${name} PUBLIC ${name}_STATIC)
+    endif()
+    quor_hide_internals(${name})
+endfunction()
+
 # Of a shared library only what its headers mark is visible; on Windows that is so from the start.
 function(quor_hide_internals target)
-    if(WIN32)
+    if(WIN32 OR NOT BUILD_SHARED_LIBS)
         return()
     endif()
     set(map ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/hide-std.map)
@@ -53,22 +67,29 @@ function(quor_hide_internals target)
 endfunction()
 
 # quor_platform_library(NAME SOURCES src... [USES target...])
-# One of the host's libraries: shared, its interface under include/NAME, linking only what it names.
+# One of the host's libraries, its interface under include/NAME, linking only what it names. A target of that name that
+# is there already, a vendor's, takes its place.
 function(quor_platform_library name)
+    if(TARGET ${name})
+        message(STATUS "${name}: that of the host")
+        return()
+    endif()
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
-    add_library(${name} SHARED ${arg_SOURCES})
-    target_include_directories(${name} PUBLIC include ${PROJECT_SOURCE_DIR}/platform/include)
-    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE quor_options)
-    quor_hide_internals(${name})
+    quor_library(${name} ${arg_SOURCES})
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+                                              $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/include>)
+    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE $<BUILD_INTERFACE:quor_options>)
+    quor_install_platform_library(${name} USES ${arg_USES})
 endfunction()
 
 # quor_room(NAME SOURCES src... [SEES folder...])
-# One room of the library: its objects go into the one shared library; SEES names the rooms whose private
+# One room of the library: its objects go into the one library; SEES names the rooms whose private
 # headers it may include.
 function(quor_room name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;SEES")
     add_library(quor_room_${name} OBJECT ${arg_SOURCES})
-    target_compile_definitions(quor_room_${name} PRIVATE QuorScriptor_EXPORTS)
+    target_compile_definitions(quor_room_${name} PRIVATE
+                               $<IF:$<BOOL:${BUILD_SHARED_LIBS}>,QuorScriptor_EXPORTS,QuorScriptor_STATIC>)
     target_link_libraries(quor_room_${name} PUBLIC quor_interface PRIVATE quor_options)
     foreach(room IN LISTS name arg_SEES)
         target_include_directories(quor_room_${name} PRIVATE ${PROJECT_SOURCE_DIR}/${room})
@@ -76,11 +97,16 @@ function(quor_room name)
     set_property(GLOBAL APPEND PROPERTY QUOR_ROOMS quor_room_${name})
 endfunction()
 
-# The one shared library, of the rooms made so far.
+# The one library, of the rooms made so far. It has all that quor_interface has, and does without that target, which
+# programs elsewhere know nothing of.
 function(quor_finish_library)
     get_property(rooms GLOBAL PROPERTY QUOR_ROOMS)
-    add_library(QuorScriptor SHARED)
+    list(TRANSFORM rooms REPLACE ".+" "$<TARGET_OBJECTS:\\0>")
+    get_target_property(folders quor_interface INTERFACE_INCLUDE_DIRECTORIES)
+    get_target_property(uses quor_interface INTERFACE_LINK_LIBRARIES)
+    quor_library(QuorScriptor ${rooms})
     set_target_properties(QuorScriptor PROPERTIES LINKER_LANGUAGE CXX)
-    target_link_libraries(QuorScriptor PUBLIC quor_interface PRIVATE ${rooms})
-    quor_hide_internals(QuorScriptor)
+    target_include_directories(QuorScriptor PUBLIC "$<BUILD_INTERFACE:${folders}>")
+    target_link_libraries(QuorScriptor PUBLIC ${uses})
+    quor_install_library(QuorScriptor USES ${uses})
 endfunction()

@@ -6,7 +6,9 @@
 include_guard()
 if(CMAKE_CROSSCOMPILING)
     set(INSTALL_GTEST OFF)
+    set(BUILD_SHARED_LIBS OFF) # of GoogleTest alone
     add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    unset(BUILD_SHARED_LIBS)
 else()
     find_package(GTest REQUIRED)
 endif()

@@ -4,6 +4,7 @@
 #include "Terminal.h"
 
 #include <CLI/CLI.hpp>
+#include <QuorScriptor/version.h>
 #include <exception>
 #include <optional>
 
@@ -19,6 +20,8 @@ int run(int count, char** arguments)
     quor::terminal::characterSet(); // read now, before scripts and libraries run
     CLI::App program(about, "quor");
     quor::Action action;
+    program.set_version_flag("--version", std::string("quor ") + Quor::version(),
+                             "Print the version and exit");
     program.require_subcommand(0, 1); // a later argument is never taken for another subcommand
     quor::addAsk(program, action);
     quor::addCall(program, action);

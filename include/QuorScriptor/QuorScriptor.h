@@ -8,3 +8,4 @@
 #include <QuorScriptor/QuorGlibScriptorHelper.h>
 #include <QuorScriptor/quorconfig.h>
 #include <QuorScriptor/quorlua.h>
+#include <QuorScriptor/version.h>

@@ -362,4 +362,12 @@ TEST_F(Draw, HelpNamesUnitsAndDefaults)
     EXPECT_EQ(runQuor({"--help"}).exitCode, 0);
 }
 
+TEST_F(Draw, IsOfACommandThatTellsItsVersion)
+{
+    const CommandRun run = runQuor({"--version"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "quor " QUOR_PROJECT_VERSION "\n");
+    EXPECT_EQ(run.errors, "");
+}
+
 } // namespace

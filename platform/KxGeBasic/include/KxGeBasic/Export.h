@@ -2,7 +2,9 @@
 
 #include <QuorExport.h>
 
-#if defined(KxGeBasic_EXPORTS)
+#if defined(KxGeBasic_STATIC)
+#define KXGEBASIC_API
+#elif defined(KxGeBasic_EXPORTS)
 #define KXGEBASIC_API QUOR_EXPORT
 #else
 #define KXGEBASIC_API QUOR_IMPORT

@@ -2,7 +2,9 @@
 
 #include <QuorExport.h>
 
-#if defined(QuorCommon_EXPORTS)
+#if defined(QuorCommon_STATIC)
+#define QUORCOMMON_API
+#elif defined(QuorCommon_EXPORTS)
 #define QUORCOMMON_API QUOR_EXPORT
 #else
 #define QUORCOMMON_API QUOR_IMPORT

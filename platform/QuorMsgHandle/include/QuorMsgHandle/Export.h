@@ -2,7 +2,9 @@
 
 #include <QuorExport.h>
 
-#if defined(QuorMsgHandle_EXPORTS)
+#if defined(QuorMsgHandle_STATIC)
+#define QUORMSGHANDLE_API
+#elif defined(QuorMsgHandle_EXPORTS)
 #define QUORMSGHANDLE_API QUOR_EXPORT
 #else
 #define QUORMSGHANDLE_API QUOR_IMPORT

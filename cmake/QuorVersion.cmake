@@ -1,0 +1,20 @@
+# QUOR_VERSION, read from the header that has it.
+
+include_guard()
+
+function(quor_read_version)
+    cmake_path(GET CMAKE_CURRENT_FUNCTION_LIST_DIR PARENT_PATH repository)
+    set(header ${repository}/include/QuorScriptor/version.h)
+    set(numbers "")
+    foreach(part MAJOR MINOR PATCH)
+        file(STRINGS ${header} line REGEX "^#define QUORSCRIPTOR_VERSION_${part} [0-9]+$")
+        if(NOT line MATCHES "([0-9]+)$")
+            message(FATAL_ERROR "${header} does not define QUORSCRIPTOR_VERSION_${part} as a number")
+        endif()
+        list(APPEND numbers ${CMAKE_MATCH_1})
+    endforeach()
+    list(JOIN numbers "." version)
+    set(QUOR_VERSION ${version} PARENT_SCOPE)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+endfunction()
+quor_read_version()
