@@ -2,9 +2,9 @@
 
 preset=${1:-dev}
 libraries=(KxGeBasic BaseObj QuorCommon QuorMsgHandle QuorPureScriptor QuorPrimary QuorScriptor)
-system=linux
-[[ $preset != mingw ]] || system=windows
 build "$preset" "${libraries[@]/#/exports_of_}"
+system=linux
+[[ ! -e build/$preset/bin/QuorScriptor.dll ]] || system=windows
 for library in "${libraries[@]}"; do
     cp "build/$preset/exports/$library.txt" "tests/layers/exports/$library.$system.txt"
 done
