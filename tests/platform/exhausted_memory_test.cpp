@@ -11,6 +11,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -125,4 +126,22 @@ TEST_F(ExhaustedMemory, LastErrorKeepsItsCodeAndNoText)
     EXPECT_GT(failures, 0);
     EXPECT_STREQ(kxcom::getQuorLastErrorText(), longName);
     kxcom::clearQuorLastError();
+}
+
+TEST(ExhaustedMemory, TimersAreIgnoredUntilThereIsSome)
+{
+    unsigned long long without = 1;
+    unsigned long long with = 0;
+    std::thread([&] {
+        rationed::allowed = 0;
+        kxcom::quorDebugTimeBegin(3);
+        kxcom::quorDebugTimeEnd(3);
+        without = kxcom::quorDebugTimeCount(3);
+        rationed::allowed = -1;
+        kxcom::quorDebugTimeBegin(3);
+        kxcom::quorDebugTimeEnd(3);
+        with = kxcom::quorDebugTimeCount(3);
+    }).join();
+    EXPECT_EQ(without, 0u);
+    EXPECT_EQ(with, 1u);
 }

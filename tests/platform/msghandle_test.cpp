@@ -276,4 +276,30 @@ TEST_F(DebugTime, EachThreadHasItsOwn)
     EXPECT_EQ(kxcom::quorDebugTimeCount(25), 1u);
 }
 
+/// Uses a timer when its thread's later objects are gone already, the timers among them.
+struct LateUser {
+    unsigned long long* seen = nullptr;
+
+    ~LateUser()
+    {
+        kxcom::quorDebugTimeBegin(25);
+        kxcom::quorDebugTimeEnd(25);
+        *seen = kxcom::quorDebugTimeCount(25);
+    }
+};
+
+TEST_F(DebugTime, EndsWithItsThread)
+{
+    unsigned long long before = 0;
+    unsigned long long after = 99;
+    std::thread([&] {
+        thread_local LateUser user;
+        user.seen = &after;
+        measure(25);
+        before = kxcom::quorDebugTimeCount(25);
+    }).join();
+    EXPECT_EQ(before, 1u);
+    EXPECT_EQ(after, 0u);
+}
+
 } // namespace

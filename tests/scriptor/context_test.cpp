@@ -1,12 +1,22 @@
 #include "Context.h"
 
 #include <QuorScriptor/GlibCallbacks.h>
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <type_traits>
 
 namespace {
 
 using quorlua::OwnedText;
 using quorlua::ScriptContext;
+
+// The fields in the order that the host's debuggers and dumps know.
+static_assert(std::is_standard_layout_v<ScriptContext> && sizeof(OwnedText) == 8 &&
+              sizeof(ScriptContext) == 56);
+static_assert(offsetof(ScriptContext, material) == 0 && offsetof(ScriptContext, colour) == 8 &&
+              offsetof(ScriptContext, functor) == 16 && offsetof(ScriptContext, textStyle) == 24 &&
+              offsetof(ScriptContext, thickness) == 32 && offsetof(ScriptContext, lineTypeScale) == 40 &&
+              offsetof(ScriptContext, lineType) == 48);
 
 TEST(Context, ResetLeavesTheTextStyleAlone)
 {

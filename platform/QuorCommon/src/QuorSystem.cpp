@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -55,9 +56,10 @@ using Base = const std::string& (*)();
 const char* resolve(Base base, std::string_view folder, std::string_view name)
 {
     if (textsAreGone) return "";
-    thread_local RecentTexts recent;
     try {
-        std::string& path = recent.oldest();
+        // Not here themselves: per-thread data of a library that is loaded late must be small.
+        thread_local const auto recent = std::make_unique<RecentTexts>();
+        std::string& path = recent->oldest();
         compose(path, base(), folder, name);
         return path.c_str();
     } catch (const std::exception&) {

@@ -1,9 +1,10 @@
 #include <QuorMsgHandle/DebugTime.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstddef>
-#include <type_traits>
+#include <memory>
+#include <new>
 
 namespace kxcom {
 namespace {
@@ -20,30 +21,50 @@ struct Timer {
 
 constexpr short slotCount = 64;
 
-static_assert(std::is_trivially_destructible_v<Timer>);
-constinit thread_local Timer timers[slotCount];
-
-// Where a thread's timers are, known after its first call. A pointer is small enough for the loader's fixed
-// block, where access is one instruction; the timers themselves would not fit when a host loads this library
-// late.
+// A thread's timers, made at its first call. The pointer lies in the loader's fixed block, where access is
+// one instruction. All per-thread data of a library goes there together, and what is left of that block is
+// small when a host loads the library late: so the timers themselves lie elsewhere.
 #if defined(__ELF__)
 [[gnu::tls_model("initial-exec")]]
 #endif
 constinit thread_local Timer* known = nullptr;
 
+/// Set once a thread has given up its timers. A script's collectors may still call behind that.
+constinit thread_local bool timersAreGone = false;
+
+struct Timers {
+    std::unique_ptr<Timer[]> slots;
+
+    ~Timers()
+    {
+        known = nullptr;
+        timersAreGone = true;
+    }
+};
+
 constinit std::atomic<bool> clockOn{false};
 
 [[gnu::noinline]] Timer* findTimers()
 {
-    known = timers;
+    if (timersAreGone) return nullptr;
+    thread_local Timers timers;
+    timers.slots.reset(new (std::nothrow) Timer[slotCount]);
+    known = timers.slots.get();
     return known;
 }
 
-/// The slot's timer; null for a number that is no slot.
+/// The thread's timers; null where there are none.
+Timer* allTimers()
+{
+    return known == nullptr ? findTimers() : known;
+}
+
+/// The slot's timer; null for a number that is no slot, too.
 Timer* timerOf(short slot)
 {
     if (slot < 0 || slot >= slotCount) return nullptr;
-    return (known == nullptr ? findTimers() : known) + slot;
+    Timer* timers = allTimers();
+    return timers == nullptr ? nullptr : timers + slot;
 }
 
 } // namespace
@@ -83,8 +104,7 @@ double quorDebugTimeTotal(short slot)
 
 void quorDebugTimeReset()
 {
-    for (Timer& timer : timers)
-        timer = Timer();
+    if (Timer* timers = allTimers()) std::fill_n(timers, slotCount, Timer());
 }
 
 } // namespace kxcom

@@ -3,8 +3,10 @@
 #include <QuorMsgHandle/Export.h>
 
 /// Timers for finding what is slow, by slot. Slots 0 to 63 exist; any other number is ignored and reads 0.
-/// Each thread has its own timers. Calls are always counted; the clock is read only while timing is switched
-/// on, since a pair of calls stands on paths of some tens of nanoseconds. Nothing here throws or allocates.
+/// Each thread has its own timers, made at its first call; where memory does not suffice for them, and once
+/// the thread has begun to end, all slots are ignored and read 0. Calls are always counted; the clock is read
+/// only while timing is switched on, since a pair of calls stands on paths of some tens of nanoseconds.
+/// Nothing here throws.
 namespace kxcom {
 
 /// Opens and closes a measurement. Within one slot they nest, and only the outermost pair counts. A closing
