@@ -18,6 +18,7 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(QUOR_SYSTEM posix)
 if(WIN32)
     set(QUOR_SYSTEM windows)
+    enable_language(RC)
     set(CMAKE_SHARED_LIBRARY_PREFIX "") # QuorScriptor.dll
 endif()
 
@@ -54,6 +55,24 @@ function(quor_library name)
         target_compile_definitions(${name} PUBLIC ${name}_STATIC)
     endif()
     quor_hide_internals(${name})
+    if(BUILD_SHARED_LIBS)
+        quor_describe(${name} VFT_DLL "${PROJECT_DESCRIPTION}: ${name}")
+    endif()
+endfunction()
+
+# quor_describe(TARGET TYPE DESCRIPTION): on Windows the file tells its version and what it is.
+function(quor_describe target type description)
+    if(NOT WIN32)
+        return()
+    endif()
+    set(file ${target}.dll)
+    if(type STREQUAL "VFT_APP")
+        set(file ${target}.exe)
+    endif()
+    set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${resource} @ONLY)
+    target_sources(${target} PRIVATE ${resource})
+    set_source_files_properties(${resource} PROPERTIES INCLUDE_DIRECTORIES ${PROJECT_SOURCE_DIR}/include)
 endfunction()
 
 # Of a shared library only what its headers mark is visible; on Windows that is so from the start.

@@ -49,6 +49,8 @@ build_lua() {
     done
     x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$work"/*.o \
         "-Wl,--out-implib,$windows_prefix/lib/liblua51.dll.a"
+    # For a host in the tests that brings an interpreter of its own.
+    x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_static.a" "$work"/*.o
     cp "$source"/src/{lua.h,lauxlib.h,lualib.h,luaconf.h} "$source/etc/lua.hpp" "$windows_prefix/include/lua5.1/"
 }
 

@@ -56,7 +56,8 @@ imports_are_ours() {
 # version_is_told FILE: its resource names the version that the header has.
 version_is_told() {
     local version
-    version=$(sed -n 's/^#define QUORSCRIPTOR_VERSION "\(.*\)"$/\1/p' include/QuorScriptor/version.h)
+    version=$(sed -n 's/^#define QUORSCRIPTOR_VERSION_[MP][A-Z]* \([0-9]*\)$/\1/p' include/QuorScriptor/version.h |
+        paste -sd.)
     [[ -n $version ]] && strings -el "$1" | grep -A 1 -x ProductVersion | grep -qx "$version"
 }
 

@@ -171,10 +171,13 @@ protected:
         return read;
     }
 
-    static std::string installed(const std::string& name) { return QuorSystem::quorEnv() + ("/" + name); }
+    static std::string installed(const std::string& name)
+    {
+        return QuorSystem::quorEnv() + sys::inSystemForm("/" + name);
+    }
     static std::string inProjectFolder(const std::string& name)
     {
-        return QuorSystem::getCurrentProjPath() + ("/" + name);
+        return QuorSystem::getCurrentProjPath() + sys::inSystemForm("/" + name);
     }
 
     /// Runs work on another thread while this one waits.

@@ -28,6 +28,11 @@ protected:
     {
         QuorGlibScriptor probe;
         if (!probe.getLua(false)) GTEST_SKIP() << "this engine takes no allocator";
+        // What a thread's first use of the libraries takes is not rationed: on Windows it must be there.
+        write("first.lua", "error('first')");
+        EXPECT_FALSE(initConfig("first.lua", nullptr, nullptr, nullptr));
+        getProjectUserDbPath();
+        messages();
     }
     void TearDown() override
     {
@@ -40,6 +45,7 @@ protected:
     static auto with(Memory memory, int requests, Operation operation)
     {
         testing::internal::CaptureStderr();
+        rationed::refused = 0;
         grant(memory, requests);
         const auto result = operation();
         grant(memory, -1);
@@ -57,7 +63,10 @@ protected:
         int failures = 0;
         for (int granted = 0; granted < most; ++granted) {
             takeFreshSlots();
-            if (with(memory, granted, operation)) return failures;
+            if (with(memory, granted, operation)) {
+                if (rationed::refused == 0) return failures;
+                continue; // it could do without
+            }
             ++failures;
             recover(granted);
             if (granted == 0 && memory == Memory::OfStates) granted = libraries;
@@ -80,7 +89,8 @@ protected:
             const std::string answer = textOr(text);
             lua_gc(L, LUA_GCRESTART, 0);
             EXPECT_EQ(lua_gettop(L), 1) << getter.name << " with " << granted;
-            if (answer == expected) return granted;
+            if (answer == expected && rationed::refused == 0) return granted;
+            if (answer == expected) continue;
             EXPECT_NE(std::count(others.begin(), others.end(), answer), 0)
                 << answer << " from " << getter.name << " with " << granted;
             EXPECT_EQ(textOr(getter.ask(pipe, name)), expected) << getter.name << " after " << granted;

@@ -75,13 +75,13 @@ struct Getter {
         case Gives::Null:
             break;
         case Gives::Installation:
-            return QuorSystem::quorEnv() + ("/" + file);
+            return QuorSystem::quorEnv() + sys::inSystemForm("/" + file);
         case Gives::Project:
-            return QuorSystem::getCurrentProjPath() + ("/" + file);
+            return QuorSystem::getCurrentProjPath() + sys::inSystemForm("/" + file);
         case Gives::ProjectFolder:
             return QuorSystem::getCurrentProjPath();
         case Gives::Skey:
-            return QuorSystem::getCurrentProjPath() + std::string("/skey/") + nameAsked;
+            return QuorSystem::getCurrentProjPath() + sys::inSystemForm(std::string("/skey/") + nameAsked);
         case Gives::BareName:
             return file;
         case Gives::TheName:

@@ -299,7 +299,11 @@ TEST_F(DebugTime, EndsWithItsThread)
         before = kxcom::quorDebugTimeCount(25);
     }).join();
     EXPECT_EQ(before, 1u);
+#if defined(_WIN32)
+    EXPECT_EQ(after, 2u) << "a thread's own variables end before what libraries keep for it";
+#else
     EXPECT_EQ(after, 0u);
+#endif
 }
 
 } // namespace

@@ -97,6 +97,8 @@ TEST_F(LoadFile, FailsOnWhatIsNoReadableFile)
         EXPECT_EQ(alerts.size(), 1u) << path;
     }
     EXPECT_EQ(counter.count, 0);
+    // Or it could not be removed on every system.
+    std::filesystem::permissions(unreadable, std::filesystem::perms::owner_all);
 }
 
 TEST_F(LoadFile, FailsOnASyntaxError)

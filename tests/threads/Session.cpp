@@ -69,9 +69,8 @@ function set_project_dbengine(engine) return engine == 1 end
 
 namespace {
 
-thread_local Lines shown;
-thread_local std::string translated;
-thread_local int speaker = -1;
+// A pointer: not every compiler's library destroys an object of a thread while it is still there.
+thread_local Listening* current = nullptr;
 
 std::string tagOf(int number)
 {
@@ -152,32 +151,27 @@ void drawOnce(Protocol& protocol, QuorGlibScriptor& scriptor, int number)
 
 } // namespace
 
-Listening::Listening(int number)
+Listening::Listening(int number) : number_(number)
 {
-    shown.clear();
-    speaker = number;
+    current = this;
 }
 
 Listening::~Listening()
 {
-    speaker = -1;
-}
-
-const Lines& Listening::messages()
-{
-    return shown;
+    current = nullptr;
 }
 
 void Listening::hear(const char* text, void*)
 {
     const std::string bytes = text;
-    if (speaker >= 0) shown.push_back(utf8(bytes.substr(0, bytes.find("\nstack traceback"))));
+    if (current) current->shown_.push_back(utf8(bytes.substr(0, bytes.find("\nstack traceback"))));
 }
 
 const char* Listening::translate(const char* text)
 {
-    translated = "[" + tagOf(speaker) + "] " + text;
-    return translated.c_str();
+    if (!current) return text;
+    current->translated_ = "[" + tagOf(current->number_) + "] " + text;
+    return current->translated_.c_str();
 }
 
 bool NumberedFunctor::getCurrentObjectId(KxDbObjectId& id) const

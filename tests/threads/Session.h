@@ -15,10 +15,15 @@ public:
     Listening& operator=(const Listening&) = delete;
 
     /// What was shown on this thread since its Listening began, without tracebacks.
-    static const Lines& messages();
+    const Lines& messages() const { return shown_; }
 
     static void hear(const char* text, void*);
     static const char* translate(const char* text);
+
+private:
+    int number_;
+    Lines shown_;
+    std::string translated_;
 };
 
 /// The host's answers, which differ from number to number.

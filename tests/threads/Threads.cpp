@@ -23,7 +23,7 @@ Lines heard(const Work& work, int number)
 {
     const Listening listening(number);
     Lines noted = work(number);
-    for (const std::string& message : Listening::messages())
+    for (const std::string& message : listening.messages())
         noted.push_back("shown: " + message);
     return noted;
 }

@@ -1,5 +1,6 @@
 #include <QuorCommon/QuorSystem.h>
 
+#include "../../private/PerThread.h"
 #include "Folders.h"
 #include "PathText.h"
 
@@ -7,7 +8,6 @@
 #include <cstddef>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -23,17 +23,11 @@ std::string_view viewOf(const char* text)
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-/// Set once a thread has given up its texts. A script's collectors may still run, and ask, behind that:
-/// states are closed when the process ends.
-constinit thread_local bool textsAreGone = false;
-
 /// The texts handed out on one thread. One more than eight, so that a text still stands while the eighth
 /// later call reads it as its argument.
 struct RecentTexts {
     std::array<std::string, 9> texts;
     std::size_t next = 0;
-
-    ~RecentTexts() { textsAreGone = true; }
 
     std::string& oldest()
     {
@@ -55,10 +49,9 @@ using Base = const std::string& (*)();
 
 const char* resolve(Base base, std::string_view folder, std::string_view name)
 {
-    if (textsAreGone) return "";
+    RecentTexts* const recent = platform::perThread<RecentTexts>();
+    if (recent == nullptr) return "";
     try {
-        // Not here themselves: per-thread data of a library that is loaded late must be small.
-        thread_local const auto recent = std::make_unique<RecentTexts>();
         std::string& path = recent->oldest();
         compose(path, base(), folder, name);
         return path.c_str();

@@ -1,10 +1,10 @@
 #include <QuorMsgHandle/DebugTime.h>
 
+#include "../../private/PerThread.h"
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <memory>
-#include <new>
 
 namespace kxcom {
 namespace {
@@ -29,27 +29,18 @@ constexpr short slotCount = 64;
 #endif
 constinit thread_local Timer* known = nullptr;
 
-/// Set once a thread has given up its timers. A script's collectors may still call behind that.
-constinit thread_local bool timersAreGone = false;
-
 struct Timers {
-    std::unique_ptr<Timer[]> slots;
+    Timer slots[slotCount];
 
-    ~Timers()
-    {
-        known = nullptr;
-        timersAreGone = true;
-    }
+    ~Timers() { known = nullptr; }
 };
 
 constinit std::atomic<bool> clockOn{false};
 
 [[gnu::noinline]] Timer* findTimers()
 {
-    if (timersAreGone) return nullptr;
-    thread_local Timers timers;
-    timers.slots.reset(new (std::nothrow) Timer[slotCount]);
-    known = timers.slots.get();
+    auto* timers = platform::perThread<Timers>();
+    known = timers == nullptr ? nullptr : timers->slots;
     return known;
 }
 

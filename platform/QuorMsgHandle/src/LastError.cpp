@@ -1,5 +1,7 @@
 #include <QuorMsgHandle/LastError.h>
 
+#include "../../private/PerThread.h"
+
 #include <exception>
 #include <string>
 #include <utility>
@@ -7,46 +9,43 @@
 namespace kxcom {
 namespace {
 
-struct LastError {
-    int code = 0;
+constinit thread_local int lastCode = 0;
+
+struct LastText {
     std::string text;
 };
-
-LastError& lastError()
-{
-    thread_local LastError error;
-    return error;
-}
 
 } // namespace
 
 void setQuorLastError(int code, const char* text)
 {
-    LastError& error = lastError();
-    error.code = code;
+    lastCode = code;
+    auto* last = platform::perThread<LastText>();
+    if (last == nullptr) return;
     try {
         // A copy first: the text may be the one that is being replaced.
         std::string copy(text == nullptr ? "" : text);
-        error.text = std::move(copy);
+        last->text = std::move(copy);
     } catch (const std::exception&) {
-        error.text.clear();
+        last->text.clear();
     }
 }
 
 int getQuorLastErrorCode()
 {
-    return lastError().code;
+    return lastCode;
 }
 
 const char* getQuorLastErrorText()
 {
-    return lastError().text.c_str();
+    const auto* last = platform::perThread<LastText>();
+    return last == nullptr ? "" : last->text.c_str();
 }
 
 void clearQuorLastError()
 {
-    lastError().code = 0;
-    lastError().text.clear();
+    lastCode = 0;
+    if (auto* last = platform::perThread<LastText>()) last->text.clear();
 }
 
 } // namespace kxcom

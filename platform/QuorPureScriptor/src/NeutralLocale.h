@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstring>
 
 namespace lua_tinker::detail {
 
@@ -14,21 +15,26 @@ public:
 
 #if defined(_WIN32)
 
-    NeutralLocale() : mode_(_configthreadlocale(_ENABLE_PER_THREAD_LOCALE))
+    // Where numbers look as they should, nothing is changed: that is costly here.
+    NeutralLocale() : changes_(std::strcmp(std::localeconv()->decimal_point, ".") != 0)
     {
+        if (!changes_) return;
+        mode_ = _configthreadlocale(_ENABLE_PER_THREAD_LOCALE);
         const char* name = std::setlocale(LC_NUMERIC, nullptr);
         std::snprintf(before_, sizeof before_, "%s", name ? name : "C");
         std::setlocale(LC_NUMERIC, "C");
     }
     ~NeutralLocale()
     {
+        if (!changes_) return;
         std::setlocale(LC_NUMERIC, before_);
         _configthreadlocale(mode_);
     }
 
 private:
-    int mode_;
-    char before_[256];
+    bool changes_;
+    int mode_ = 0;
+    char before_[256] = {};
 
 #else
 
