@@ -143,7 +143,7 @@ std::string readText(const std::string& path)
     // Opening a pipe would wait for whoever writes into it.
     if (type != std::filesystem::file_type::regular)
         throw Failure(WrongUsage, fmt::format("{}: a regular file is expected; {}", path, there));
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     if (!file) throw Failure(WrongUsage, fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
     return {std::istreambuf_iterator<char>(file), {}};
 }

@@ -19,6 +19,7 @@ void checkWords(const ResultOptions& options)
         throw Failure(WrongUsage, "--format " + options.format + ": json or text is expected");
     if (options.output.empty())
         throw Failure(WrongUsage, "-o: a file, or - for standard output, is expected");
+    terminal::systemName(options.output, "-o " + options.output); // where another program could not name it
 }
 
 } // namespace
@@ -67,7 +68,10 @@ void withOutput(const ResultOptions& options, const std::function<void()>& work)
 void writeResult(const ResultOptions& options, const std::string& utf8)
 {
     OutputFile file(options.output);
-    file.write(options.isJson() ? utf8 : terminal::fromUtf8(utf8));
+    if (options.isJson())
+        file.write(utf8);
+    else
+        file.writeText(utf8);
     file.finish();
 }
 

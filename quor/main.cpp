@@ -1,11 +1,14 @@
 #include "Failure.h"
 #include "Language.h"
 #include "Subcommands.h"
+#include "System.h"
 #include "Terminal.h"
 
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -14,9 +17,18 @@ constexpr const char* about = "Runs the scripts of a plant-design catalogue with
 
 constexpr const char* seeHelp = "quor --help, and --help behind a subcommand, say what can be asked.";
 
+void parse(CLI::App& program, int count, char** given)
+{
+    std::vector<std::string> arguments = quor::system::arguments(count, given);
+    std::vector<char*> texts;
+    for (std::string& argument : arguments)
+        texts.push_back(argument.data());
+    program.parse(static_cast<int>(texts.size()), texts.data());
+}
+
 int run(int count, char** arguments)
 {
-    quor::terminal::characterSet(); // read now, before scripts and libraries run
+    quor::terminal::start();
     CLI::App program(about, "quor");
     quor::Action action;
     program.require_subcommand(0, 1); // a later argument is never taken for another subcommand
@@ -28,7 +40,7 @@ int run(int count, char** arguments)
     std::optional<std::string> language;
     quor::language::addOption(program, language);
     try {
-        program.parse(count, arguments);
+        parse(program, count, arguments);
     } catch (const CLI::Success& help) {
         return program.exit(help);
     } catch (const CLI::ParseError& error) {
