@@ -12,6 +12,12 @@ else()
 endif()
 include(GoogleTest)
 
+# Where the tests are built for Windows elsewhere, Wine shows the files of this machine on a drive.
+set(QUOR_TEST_DRIVE "")
+if(CMAKE_CROSSCOMPILING)
+    set(QUOR_TEST_DRIVE "Z:")
+endif()
+
 function(quor_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
     cmake_path(GET CMAKE_CURRENT_FUNCTION_LIST_DIR PARENT_PATH repository)
@@ -22,7 +28,7 @@ function(quor_test name)
 
     add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:quor_test_main>)
     target_link_libraries(${name} PRIVATE ${arg_USES} quor_options GTest::gmock)
-    target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${repository}")
+    target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${QUOR_TEST_DRIVE}${repository}")
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
                          WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
 

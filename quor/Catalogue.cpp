@@ -1,6 +1,7 @@
 #include "Catalogue.h"
 
 #include "CharacterSet.h"
+#include "System.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -124,13 +125,13 @@ std::string reasonOf(const std::error_code& error, std::filesystem::file_type ty
 std::string bytesOf(const std::string& path)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
     // Anything else but a file could block for ever.
     if (type != std::filesystem::file_type::regular) {
         const std::string reason = reasonOf(error, type);
         throw std::runtime_error(fmt::format("{}: cannot be read: {}", path, reason));
     }
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    std::ifstream file(system::pathOf(path), std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     if (!file) throw std::runtime_error(fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
     return bytes;

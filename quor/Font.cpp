@@ -50,7 +50,7 @@ void Font::close() noexcept
 void Font::open(const std::string& path, long face)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
     if (type == std::filesystem::file_type::not_found) throw FontError("there is no such file");
     // Opening a pipe would wait for whoever writes into it.
     if (type != std::filesystem::file_type::regular)

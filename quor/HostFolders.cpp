@@ -38,7 +38,7 @@ void setFolder(const Named& folder, const std::optional<std::string>& given)
     if (given) folder.set(name.c_str());
     // What the service made of it is what counts: it may read separators where the system has none.
     std::error_code error;
-    if (std::filesystem::is_directory(terminal::fromSystemName(folder.get()), error)) return;
+    if (std::filesystem::is_directory(system::pathOf(terminal::fromSystemName(folder.get())), error)) return;
     throw Failure(WrongUsage, place + ": a folder is expected; there is none");
 }
 

@@ -35,7 +35,7 @@ fs::path localeFolder()
 
 fs::path cataloguePath(const std::string& language)
 {
-    return localeFolder() / language / "LC_MESSAGES" / "QuorScriptor.mo";
+    return localeFolder() / system::pathOf(language) / "LC_MESSAGES" / "QuorScriptor.mo";
 }
 
 Names languagesThere()
@@ -44,7 +44,7 @@ Names languagesThere()
     std::error_code error;
     for (fs::directory_iterator entry(localeFolder(), error), end; !error && entry != end;
          entry.increment(error)) {
-        std::string name = entry->path().filename().string();
+        std::string name = system::textOf(entry->path().filename());
         std::error_code ignored;
         if (fs::exists(cataloguePath(name), ignored)) names.insert(std::move(name));
     }
@@ -125,7 +125,7 @@ void checkIsThere(const std::string& language)
     if (there.contains(language)) return;
     throw Failure(WrongUsage,
                   fmt::format("--language {}: one of these is expected: {}\nlooked for catalogues in:\n  {}",
-                              language, fmt::join(there, ", "), localeFolder().string()));
+                              language, fmt::join(there, ", "), system::textOf(localeFolder())));
 }
 
 /// Messages and their translations, in GBK.
@@ -156,7 +156,7 @@ std::unique_ptr<const Table> tableOf(const Catalogue& catalogue)
 void install(const std::string& language)
 {
     try {
-        translations = tableOf(readCatalogue(cataloguePath(language).string())).release();
+        translations = tableOf(readCatalogue(system::textOf(cataloguePath(language)))).release();
     } catch (const std::exception& error) {
         terminal::say("quor: messages stay in Chinese: {}", error.what());
         return;

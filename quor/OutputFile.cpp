@@ -73,10 +73,11 @@ void removeOutput(const std::string& path)
     if (path == standardOutput) return;
     try {
         const std::string file = replacedfile::fileBehind(path);
+        const std::filesystem::path place = system::pathOf(file);
         std::error_code error;
-        if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(file, error))) return;
+        if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(place, error))) return;
         replacedfile::remove(file);
-        if (std::filesystem::exists(file, error))
+        if (std::filesystem::exists(place, error))
             terminal::say("-o {}: the file of an earlier run cannot be removed", path);
     } catch (const replacedfile::Refused&) {
         return; // nothing that could be taken for a result

@@ -45,7 +45,8 @@ void checkOutput(const ResultOptions& options, const ScriptSession& session)
                                                                  {session.scenePath(), "the scene"}};
     for (const auto& [path, name] : inputs) {
         std::error_code error;
-        if (options.output != "-" && std::filesystem::equivalent(options.output, path, error))
+        if (options.output != "-" &&
+            std::filesystem::equivalent(system::pathOf(options.output), system::pathOf(path), error))
             throw Failure(WrongUsage,
                           fmt::format("-o {}: a file other than {} is expected", options.output, name));
     }

@@ -198,7 +198,7 @@ std::string readFontPath(const JsonNode& node, const Scene& scene)
     if (path.empty()) node.fail(form);
     const std::string name = terminal::fromUtf8(path);
     terminal::systemName(name, fmt::format("{}: {}", node.place(), name));
-    return (std::filesystem::path(scene.path).parent_path() / name).string();
+    return system::textOf(system::pathOf(scene.path).parent_path() / system::pathOf(name));
 }
 
 SceneStyle readStyle(const JsonNode& section, const Scene& scene)

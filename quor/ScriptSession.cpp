@@ -67,7 +67,7 @@ Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.)";
 bool exists(const std::string& path)
 {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(system::pathOf(path), error);
 }
 
 /// Where a file was looked for, on lines of its own; nothing when that was one place.
@@ -208,7 +208,7 @@ void ScriptSession::findScript()
 {
     searched_ = {options_.script};
     const std::string name = terminal::systemName(options_.script, "SCRIPT " + options_.script);
-    if (fs::path(options_.script).is_relative()) {
+    if (system::pathOf(options_.script).is_relative()) {
         for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
                                  QuorSystem::getProjectFileFullPath("components", name.c_str()),
                                  QuorSystem::getFullQuorName(name.c_str())})
@@ -216,7 +216,7 @@ void ScriptSession::findScript()
     }
     const auto found = std::find_if(searched_.begin(), searched_.end(), exists);
     path_ = found == searched_.end() ? options_.script : *found;
-    name_ = fs::path(path_).filename().string();
+    name_ = system::textOf(system::pathOf(path_).filename());
     if (name_.empty()) name_ = path_;
     systemPath_ = terminal::systemName(path_, path_);
     terminal::expectPath(systemPath_);
@@ -228,7 +228,7 @@ void ScriptSession::openScene()
         throw Failure(WrongUsage, "--scene: the path of a scene's file is expected; it is empty");
     std::vector<std::string> searched = {options_.scene};
     const std::string name = terminal::systemName(options_.scene, "--scene " + options_.scene);
-    if (fs::path(options_.scene).is_relative()) {
+    if (system::pathOf(options_.scene).is_relative()) {
         for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
                                  QuorSystem::getProjectFileFullPath("scenes", name.c_str())})
             searched.push_back(terminal::fromSystemName(path));

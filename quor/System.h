@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// What each system has in its own way: posix/System.cpp and windows/System.cpp.
 ///
-/// The command's own texts, arguments and what people read alike, are in one character set, which is also the
-/// one from which `std::filesystem::path` takes a text: the terminal's, or on Windows, where arguments come
-/// as UTF-16, UTF-8.
+/// The command's own texts, arguments and what people read alike, are in one character set: the terminal's,
+/// or on Windows, where arguments come as UTF-16, UTF-8.
 namespace quor::system {
 
 /// Where texts for people are written.
@@ -39,6 +39,18 @@ std::filesystem::path programFile();
 
 /// Lets standard output and standard error take bytes as they are.
 void makeStreamsBinary();
+
+/// A path from one of the command's own texts, and such a text from a path.
+inline std::filesystem::path pathOf(std::string_view text)
+{
+    // As char8_t they are the system's own bytes, or on Windows UTF-8, whatever the locale.
+    return std::u8string(text.begin(), text.end());
+}
+inline std::string textOf(const std::filesystem::path& path)
+{
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
 
 /// What parts the names in a path.
 extern const char* const separators;

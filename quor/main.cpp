@@ -31,7 +31,8 @@ int run(int count, char** arguments)
     quor::terminal::start();
     CLI::App program(about, "quor");
     quor::Action action;
-    program.require_subcommand(0, 1); // a later argument is never taken for another subcommand
+    program.allow_windows_style_options(false); // "/work/valve.lua" is a path
+    program.require_subcommand(0, 1);           // a later argument is never taken for another subcommand
     quor::addAsk(program, action);
     quor::addCall(program, action);
     quor::addConfig(program, action);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CommandRun.h"
+#include "TestSystem.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -54,15 +55,14 @@ protected:
         return found == table["answers"].end() ? Json() : *found;
     }
 
-    /// Without the folders, which every machine has elsewhere.
+    /// Without the folders, which every machine has elsewhere, and with '/' in the paths behind them. The
+    /// text may be JSON.
     static std::string withoutFolders(std::string text)
     {
-        const std::pair<const char*, const char*> folders[] = {
-            {QUOR_SOURCE_DIR "/sample/installation", "INSTALLATION"},
-            {QUOR_SOURCE_DIR "/sample/project", "PROJECT"}};
-        for (const auto& [folder, name] : folders) {
-            for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at))
-                text.replace(at, std::string_view(folder).size(), name);
+        for (const std::string separator : {"/", "\\\\", "\\"}) {
+            text = withoutFolder(std::move(text), separator, QUOR_SOURCE_DIR "/sample/installation",
+                                 "INSTALLATION");
+            text = withoutFolder(std::move(text), separator, QUOR_SOURCE_DIR "/sample/project", "PROJECT");
         }
         return text;
     }
@@ -72,6 +72,29 @@ protected:
         return scratch_.write(name, text);
     }
     std::string path(const std::string& name) const { return scratch_.path(name); }
+    /// As the path service gives it.
+    std::string systemPath(const std::string& name) const { return testsystem::systemForm(path(name)); }
 
     const ScratchFolder scratch_;
+
+private:
+    static std::string withSeparators(std::string path, const std::string& old, const std::string& separator)
+    {
+        for (std::size_t at = path.find(old); at != std::string::npos;
+             at = path.find(old, at + separator.size()))
+            path.replace(at, old.size(), separator);
+        return path;
+    }
+
+    static std::string withoutFolder(std::string text, const std::string& separator,
+                                     const std::string& folder, const std::string& name)
+    {
+        const std::string there = withSeparators(folder, "/", separator);
+        for (std::size_t at = text.find(there); at != std::string::npos; at = text.find(there, at)) {
+            const std::size_t end = std::min(text.find_first_of("\"\n", at), text.size());
+            const std::string behind = text.substr(at + there.size(), end - at - there.size());
+            text.replace(at, end - at, name + withSeparators(behind, separator, "/"));
+        }
+        return text;
+    }
 };

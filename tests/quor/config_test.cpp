@@ -315,9 +315,9 @@ TEST_F(ConfigAnswers, TableShowsWhatIsMissing)
     write(projectScript, "function getProjectSpec() return kxcom.projectPath() .. '/nowhere' end");
     const CommandRun run = this->run({"table", "--module", "PIPE"});
     EXPECT_THAT(run.output, HasSubstr("\nPIPE    getProjectSpec             script    missing  " +
-                                      path("project/nowhere") + "\nPIPE "));
+                                      systemPath("project") + "/nowhere\nPIPE "));
     EXPECT_THAT(run.output, HasSubstr("\nPIPE    getProjectAttr             fallback  missing  " +
-                                      path("project/projectAttr.quor") +
+                                      systemPath("project/projectAttr.quor") +
                                       "\n    attempt to call global `getProjectAttr' (not a function)\n    "
                                       "系统配置出错，请联系开发商，getProjectAttr: PIPE\nPIPE "));
 }
@@ -384,9 +384,8 @@ TEST_F(ConfigAnswers, AnotherProjectScriptIsTakenFromTheBinFolder)
 
 TEST_F(ConfigAnswers, FolderNamesAreTheSystemsBytesAndTheRestIsGbk)
 {
-    const std::string project = path("项目");
-    std::filesystem::create_directory(project);
-    // "管道" in GBK, behind the folder's name in UTF-8.
+    const std::string project = testsystem::systemForm(scratch_.makeFolder("项目"));
+    // "管道" in GBK, behind the folder's name in the character set of file names.
     write(projectScript, "function getProjectSpec() return kxcom.projectPath() .. '/\xB9\xDC\xB5\xC0' end "
                          "function isDigitalStan() return '\xB9\xDC\xB5\xC0' end");
     const Arguments folders = {"--installation", path("installation"), "--project", project};
@@ -396,7 +395,8 @@ TEST_F(ConfigAnswers, FolderNamesAreTheSystemsBytesAndTheRestIsGbk)
     EXPECT_EQ(table["project"], project);
     EXPECT_EQ(answerOf(table, "getProjectSpec")["answer"], project + "/管道");
     EXPECT_EQ(answerOf(table, "isDigitalStan")["answer"], "管道");
-    EXPECT_EQ(answerOf(table, "getProjectAttr")["answer"], project + "/projectAttr.quor");
+    EXPECT_EQ(answerOf(table, "getProjectAttr")["answer"],
+              project + testsystem::systemForm("/projectAttr.quor"));
 }
 
 TEST_F(ConfigAnswers, WhatScriptsPrintGoesToStandardError)
