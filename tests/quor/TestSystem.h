@@ -32,6 +32,21 @@ bool protect(const std::string& path);
 void mark(const std::string& path);
 bool isMarked(const std::string& path);
 
+/// As long as it lives, another program has a file open, on Windows for itself alone.
+class HeldOpen {
+public:
+    explicit HeldOpen(const std::string& path);
+    ~HeldOpen();
+    HeldOpen(const HeldOpen&) = delete;
+    HeldOpen& operator=(const HeldOpen&) = delete;
+
+    /// What stands in the file that is held.
+    std::string read() const;
+
+private:
+    void* file_ = nullptr;
+};
+
 /// As long as it lives, a file cannot be read: it has no permissions, or on Windows another program holds it
 /// open for itself.
 class Unreadable {
@@ -48,21 +63,6 @@ private:
     std::string path_;
     std::unique_ptr<HeldOpen> holder_;
     bool isSo_ = false;
-};
-
-/// As long as it lives, another program has a file open, on Windows for itself alone.
-class HeldOpen {
-public:
-    explicit HeldOpen(const std::string& path);
-    ~HeldOpen();
-    HeldOpen(const HeldOpen&) = delete;
-    HeldOpen& operator=(const HeldOpen&) = delete;
-
-    /// What stands in the file that is held.
-    std::string read() const;
-
-private:
-    void* file_ = nullptr;
 };
 
 /// As long as it lives, a pipe into which nobody writes: in the folder, or on Windows among the system's.

@@ -51,15 +51,9 @@ TEST_F(CatalogueFile, HoldsTextsInEitherOrderOfBytes)
 
 TEST_F(CatalogueFile, HoldsWhatMsgfmtCompiles)
 {
-    const std::string source = scratch_.write("a.po", "msgid \"\"\nmsgstr \"Content-Type: text/plain; "
-                                                      "charset=UTF-8\\n\"\n"
-                                                      "msgid \"图\"\nmsgstr \"picture\"\n"
-                                                      "msgid \"库\"\nmsgstr \"\"\n"
-                                                      "#, fuzzy\nmsgid \"点\"\nmsgstr \"point\"\n");
-    for (const char* order : {"--endianness=little", "--endianness=big", "--no-hash"}) {
-        const std::string path = scratch_.path("a.mo");
-        ASSERT_EQ(runProgram({"msgfmt", order, "-o", path, source}).exitCode, 0);
-        EXPECT_THAT(quor::readCatalogue(path), ElementsAre(Pair("图", "picture"))) << order;
+    for (const char* form : {"little", "big", "no-hash"}) {
+        const std::string path = std::string(QUOR_TEST_CATALOGUES) + "/" + form + ".mo";
+        EXPECT_THAT(quor::readCatalogue(path), ElementsAre(Pair("图", "picture"))) << form;
     }
 }
 
