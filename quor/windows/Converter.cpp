@@ -12,7 +12,7 @@ namespace {
 /// A character set as the system knows it.
 struct CodePage {
     unsigned int number = 0;
-    /// Without what the code page gives a meaning of its own beyond the set of that name.
+    /// Without the characters for private use, which the set of that name has not.
     bool isNarrowed = false;
 };
 
@@ -114,9 +114,7 @@ Bytes encoded(const CodePage& page, const Character& character)
         WideCharToMultiByte(page.number, tells ? WC_NO_BEST_FIT_CHARS : WC_ERR_INVALID_CHARS,
                             character.units.data(), character.count, result.bytes.data(),
                             static_cast<int>(result.bytes.size()), nullptr, tells ? &isReplaced : nullptr);
-    // The one byte 0x80 is the code page's own euro sign.
-    const bool isOwn = page.isNarrowed && (isPrivate(character) || result.count == 1);
-    if (isReplaced || isOwn) result.count = 0;
+    if (isReplaced || (page.isNarrowed && isPrivate(character))) result.count = 0;
     return result;
 }
 

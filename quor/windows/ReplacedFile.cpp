@@ -80,8 +80,11 @@ std::FILE* openBeside(const std::string& file, std::string& temporary)
 {
     // Whoever replaces a file must be able to write and to remove it.
     const std::wstring target = wide(file);
-    if (GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
+    const DWORD attributes = GetFileAttributesW(target.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES) {
+        if (attributes & FILE_ATTRIBUTE_READONLY) refuseFor(EACCES);
         openFile(target, GENERIC_WRITE | DELETE);
+    }
     constexpr int mostTries = 100;
     static DWORD number = GetTickCount() ^ GetCurrentProcessId() << 12;
     int descriptor = -1;

@@ -81,6 +81,8 @@ void makeStreamsBinary()
 {
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+    // It is by itself only in some versions of the run-time library.
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
 } // namespace quor::system

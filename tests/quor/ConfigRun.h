@@ -4,6 +4,8 @@
 #include "TestSystem.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -67,6 +69,25 @@ protected:
         return text;
     }
 
+    /// What is expected of such a text: on Windows all separators of the paths are the system's, also those
+    /// that a script wrote as '\\'.
+    static std::string expectedHere(std::string text)
+    {
+        if (!testsystem::isWindows) return text;
+        for (const std::string separator : {"\\\\", "\\"}) {
+            for (const char* name : {"INSTALLATION", "PROJECT"})
+                text = withoutFolder(std::move(text), separator, name, name);
+        }
+        return text;
+    }
+
+    static void expectGolden(const std::string& name, const std::string& text)
+    {
+        const std::string file = QUOR_SOURCE_DIR "/tests/quor/golden/" + name;
+        if (std::getenv("QUOR_WRITE_GOLDEN")) std::ofstream(file, std::ios::binary) << text;
+        EXPECT_EQ(text, expectedHere(readFile(file)));
+    }
+
     std::string write(const std::string& name, const std::string& text) const
     {
         return scratch_.write(name, text);
@@ -90,7 +111,8 @@ private:
                                      const std::string& folder, const std::string& name)
     {
         const std::string there = withSeparators(folder, "/", separator);
-        for (std::size_t at = text.find(there); at != std::string::npos; at = text.find(there, at)) {
+        for (std::size_t at = text.find(there); at != std::string::npos;
+             at = text.find(there, at + name.size())) {
             const std::size_t end = std::min(text.find_first_of("\"\n", at), text.size());
             const std::string behind = text.substr(at + there.size(), end - at - there.size());
             text.replace(at, end - at, name + withSeparators(behind, separator, "/"));

@@ -144,8 +144,9 @@ std::string HeldOpen::read() const
 bool makeLink(const std::string& target, const std::string& link)
 {
     constexpr DWORD withoutPrivilege = 2;
+    // Wine says that it has made one, and has not.
     return CreateSymbolicLinkW(wide(link).c_str(), wide(systemForm(target)).c_str(), withoutPrivilege) != 0 &&
-           (GetFileAttributesW(wide(link).c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+           GetFileAttributesW(wide(link).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 bool protect(const std::string& path)

@@ -280,6 +280,7 @@ TEST_F(Draw, LinkStaysALink)
 TEST_F(Draw, FileIsMadeWhereADanglingLinkLeads)
 {
     const std::string script = scratch_.write("line.lua", oneLine);
+    if (testsystem::isWindows) GTEST_SKIP() << "there a link that leads nowhere is refused";
     std::filesystem::create_directory(scratch_.path("results"));
     if (!testsystem::makeLink("results/new.json", scratch_.path("inner.json")))
         GTEST_SKIP() << "no links can be made here";

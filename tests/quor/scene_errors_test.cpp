@@ -342,8 +342,12 @@ TEST_F(SceneErrors, FoldersAndPipesAreNoScenes)
     const ScratchFolder folder;
     const std::string script = folder.write("s.lua", "function main() return {} end");
     const testsystem::Pipe pipe(folder, "pipe.json");
-    EXPECT_EQ(runQuor({"draw", script, "--scene", pipe.path()}).errors,
-              "quor: " + pipe.path() + ": a regular file is expected; this is none\n");
+    const CommandRun piped = runQuor({"draw", script, "--scene", pipe.path()});
+    EXPECT_EQ(piped.exitCode, 2);
+    EXPECT_THAT(piped.errors,
+                StartsWith(testsystem::isWindows
+                               ? "quor: --scene " + pipe.path() + ": a file is expected; there is none\n"
+                               : "quor: " + pipe.path() + ": a regular file is expected; this is none\n"));
     EXPECT_EQ(runQuor({"draw", script, "--scene", folder.path("")}).errors,
               "quor: " + folder.path("") + ": a regular file is expected; a folder is there\n");
 }

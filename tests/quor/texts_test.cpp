@@ -3,6 +3,7 @@
 #include "CommandRun.h"
 #include "TestSystem.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -185,6 +186,31 @@ TEST_F(Texts, EveryByteGivesValidJson)
     const CommandRun run = draw(textScript(bytes), {}, utf8Terminal);
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(Json::parse(run.output)["primitives"].size(), 1u);
+}
+
+TEST_F(Texts, EveryPairOfBytesMeansTheSameOnEverySystem)
+{
+    const CommandRun run = draw(R"(
+function main()
+    local lines = {}
+    for lead = 0x80, 0xFF do
+        local pairs = {}
+        for trail = 0x40, 0xFF do pairs[#pairs + 1] = string.char(lead, trail) .. ";" end
+        lines[#lines + 1] = { 19, 0, { 0, 0, 0 }, table.concat(pairs), 0 }
+    end
+    return lines
+end)",
+                                {}, utf8Terminal);
+    EXPECT_THAT(run.errors,
+                EndsWith("t.lua: 4621 bytes in its texts are no GBK and stand as U+F780 to U+F7FF\n"));
+    // Fowler, Noll and Vo's hash of the texts.
+    std::uint64_t hash = 0xCBF29CE484222325;
+    const Json drawing = Json::parse(run.output);
+    for (const Json& primitive : drawing.at("primitives")) {
+        for (const char byte : primitive.at("args").at(2).get_ref<const std::string&>())
+            hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+    }
+    EXPECT_EQ(hash, std::uint64_t{0xA71E12FA2936D7CF});
 }
 
 TEST_F(Texts, CharactersThatTheTerminalLacksAreWrittenByNumber)
