@@ -98,7 +98,7 @@ TEST_F(Call, WhatTheFunctionPrintsIsNoResult)
         call("function f() print('printed') io.write('written\\n') os.execute('echo run') return 1 end",
              {">i", "-q"});
     EXPECT_EQ(run.output, "i 1\n");
-    EXPECT_EQ(run.errors, "printed\nwritten\nrun\n");
+    EXPECT_EQ(run.errors, "printed\nwritten\n" + testsystem::echoed("run"));
 }
 
 TEST_F(Call, FunctionMayBeOfAModuleOrOfLua)
@@ -265,6 +265,9 @@ TEST_F(Call, TextsThatGbkCannotWriteAreWrongUsage)
         {{"S>S", "[\"\xFF\"]"}, "ARG 1 (S): text in UTF-8 is expected; 1 bytes of it are none\n"},
     };
     for (const auto& [arguments, message] : cases) {
+        // On Windows arguments are no bytes.
+        if (testsystem::isWindows && std::string_view(message).find('\xFF') != std::string_view::npos)
+            continue;
         const CommandRun run = call("function f() end", arguments);
         EXPECT_EQ(run.exitCode, 2) << message;
         EXPECT_EQ(run.errors, std::string("quor: ") + message);
