@@ -21,6 +21,7 @@ void parse(CLI::App& program, int count, char** given)
 {
     std::vector<std::string> arguments = quor::system::arguments(count, given);
     std::vector<char*> texts;
+    texts.reserve(arguments.size());
     for (std::string& argument : arguments)
         texts.push_back(argument.data());
     program.parse(static_cast<int>(texts.size()), texts.data());

@@ -16,7 +16,7 @@ struct Converter::Sets {
 
 Converter::Converter(const char* to, const char* from)
 {
-    const iconv_t handle = iconv_open(to, from);
+    iconv_t handle = iconv_open(to, from);
     if (handle != reinterpret_cast<iconv_t>(-1)) sets_ = std::make_unique<const Sets>(handle);
 }
 

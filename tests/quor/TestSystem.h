@@ -77,7 +77,7 @@ public:
 
 private:
     std::string path_;
-    void* handle_ = nullptr;
+    std::shared_ptr<void> handle_; ///< where the system holds the pipe
 };
 
 /// The settings by which a program knows a terminal of a locale and a character set. Empty where the system

@@ -176,15 +176,13 @@ Unreadable::~Unreadable() = default;
 Pipe::Pipe(const ScratchFolder& folder, const std::string& name)
     : path_("//./pipe/" + fs::path(folder.path("x")).parent_path().filename().string() + name)
 {
-    handle_ = CreateNamedPipeW(wide(systemForm(path_)).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE,
-                               PIPE_UNLIMITED_INSTANCES, 0, 0, 0, nullptr);
-    if (handle_ == INVALID_HANDLE_VALUE) throw std::runtime_error("no pipe " + path_);
+    HANDLE handle = CreateNamedPipeW(wide(systemForm(path_)).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE,
+                                     PIPE_UNLIMITED_INSTANCES, 0, 0, 0, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) throw std::runtime_error("no pipe " + path_);
+    handle_.reset(handle, CloseHandle);
 }
 
-Pipe::~Pipe()
-{
-    CloseHandle(handle_);
-}
+Pipe::~Pipe() = default;
 
 Arguments terminalOf(const ScratchFolder&, const std::string& locale, const std::string& set)
 {
