@@ -266,8 +266,7 @@ TEST_F(Call, TextsThatGbkCannotWriteAreWrongUsage)
     };
     for (const auto& [arguments, message] : cases) {
         // On Windows arguments are no bytes.
-        if (testsystem::isWindows && std::string_view(message).find('\xFF') != std::string_view::npos)
-            continue;
+        if (testsystem::isWindows && arguments.back().find('\xFF') != std::string::npos) continue;
         const CommandRun run = call("function f() end", arguments);
         EXPECT_EQ(run.exitCode, 2) << message;
         EXPECT_EQ(run.errors, std::string("quor: ") + message);
