@@ -11,10 +11,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+fs::path pathOf(const std::string& systemName)
+{
+    return system::pathOf(terminal::fromSystemName(systemName));
+}
+
 bool exists(const std::string& path)
 {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(pathOf(path), error);
 }
 
 /// Whether two bytes are one character of GBK.
@@ -44,13 +49,13 @@ std::string withoutBackslashes(std::string path)
 bool leadsSomewhere(const std::string& path)
 {
     const std::string plain = withoutBackslashes(path);
-    if (plain.starts_with('/')) return exists(path) || exists(plain);
+    if (pathOf(plain).has_root_directory()) return exists(path) || exists(plain);
     return exists(QuorSystem::getProjectFileFullPath(path.c_str()));
 }
 
 std::string utf8FromAnsweredPath(const std::string& path)
 {
-    const bool isSystems = terminal::characterSet() == "UTF-8" && charset::isUtf8(path);
+    const bool isSystems = terminal::namesAreUtf8() && charset::isUtf8(path);
     return isSystems ? path : terminal::utf8FromMessage(path);
 }
 

@@ -1,6 +1,7 @@
 #include "Catalogue.h"
 
 #include "CharacterSet.h"
+#include "System.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -114,16 +115,23 @@ private:
     std::size_t read_ = 0;
 };
 
+/// In the words of `std::strerror`: those of an error code may be in another character set.
+std::string reasonOf(const std::error_code& error, std::filesystem::file_type type)
+{
+    if (type == std::filesystem::file_type::not_found && !error) return std::strerror(ENOENT);
+    return error ? std::strerror(error.default_error_condition().value()) : "not a regular file";
+}
+
 std::string bytesOf(const std::string& path)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
     // Anything else but a file could block for ever.
     if (type != std::filesystem::file_type::regular) {
-        const std::string reason = error ? error.message() : "not a regular file";
+        const std::string reason = reasonOf(error, type);
         throw std::runtime_error(fmt::format("{}: cannot be read: {}", path, reason));
     }
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(system::pathOf(path), std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     if (!file) throw std::runtime_error(fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
     return bytes;

@@ -1,8 +1,9 @@
 #include "CharacterSet.h"
 
-#include <cerrno>
+#include "Converter.h"
+
+#include <cstdlib>
 #include <fmt/format.h>
-#include <iconv.h>
 #include <strings.h>
 
 namespace quor::charset {
@@ -10,40 +11,6 @@ namespace {
 
 constexpr char32_t strayBase = 0xF700;
 constexpr const char* gbkName = "GBK";
-
-class Converter {
-public:
-    Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-    ~Converter()
-    {
-        if (isOpen()) iconv_close(handle_);
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
-
-    bool isOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
-
-    /// Converts up to the first byte that is refused, and takes what was converted off `from`.
-    void convert(std::string_view& from, std::string& to) const
-    {
-        if (!isOpen()) return;
-        char buffer[1024];
-        while (!from.empty()) {
-            char* source = const_cast<char*>(from.data());
-            std::size_t left = from.size();
-            char* target = buffer;
-            std::size_t room = sizeof buffer;
-            const std::size_t result = iconv(handle_, &source, &left, &target, &room);
-            to.append(buffer, sizeof buffer - room);
-            from.remove_prefix(from.size() - left);
-            if (result == static_cast<std::size_t>(-1) && errno != E2BIG) break;
-        }
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-    }
-
-private:
-    iconv_t handle_;
-};
 
 bool isAscii(char byte)
 {
@@ -117,6 +84,21 @@ bool isNamedUtf8(const std::string& set)
     return strcasecmp(set.c_str(), "UTF-8") == 0 || strcasecmp(set.c_str(), "UTF8") == 0;
 }
 
+/// False, and `bytes` empty, when a character has no place. Bytes kept as code points become themselves.
+bool convertAll(const Converter& converter, std::string_view utf8, std::string& bytes)
+{
+    bytes.clear();
+    for (;;) {
+        converter.convert(utf8, bytes);
+        if (utf8.empty()) return true;
+        const char32_t code = takeCharacter(utf8);
+        if (!isStray(code)) break;
+        bytes += static_cast<char>(code - strayBase);
+    }
+    bytes.clear();
+    return false;
+}
+
 } // namespace
 
 std::string utf8FromGbk(std::string_view gbk, std::size_t& strays)
@@ -145,22 +127,18 @@ std::u32string charactersFromGbk(std::string_view gbk)
 bool gbkFromUtf8(std::string_view utf8, std::string& gbk)
 {
     static const Converter converter(gbkName, "UTF-8");
-    gbk.clear();
-    for (;;) {
-        converter.convert(utf8, gbk);
-        if (utf8.empty()) return true;
-        const char32_t code = takeCharacter(utf8);
-        if (!isStray(code)) break;
-        gbk += static_cast<char>(code - strayBase);
-    }
-    gbk.clear();
-    return false;
+    return convertAll(converter, utf8, gbk);
 }
 
 std::string utf8From(const std::string& set, std::string_view bytes, std::size_t& strays)
 {
     const Converter converter("UTF-8", set.c_str());
     return toUtf8(converter, bytes, strays);
+}
+
+bool fromUtf8(const std::string& set, std::string_view utf8, std::string& bytes)
+{
+    return convertAll(Converter(set.c_str(), "UTF-8"), utf8, bytes);
 }
 
 std::string utf8To(const std::string& set, std::string_view utf8)
@@ -204,6 +182,19 @@ std::string knownName(const std::string& set)
 {
     if (isNamedUtf8(set)) return "UTF-8";
     return !set.empty() && Converter("UTF-8", set.c_str()).isOpen() ? set : "";
+}
+
+std::string namedByEnvironment()
+{
+    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* value = std::getenv(variable);
+        if (!value || !*value) continue;
+        const std::string locale = value;
+        const std::size_t dot = locale.find('.');
+        if (dot == std::string::npos) return {};
+        return knownName(locale.substr(dot + 1, locale.find('@', dot) - dot - 1));
+    }
+    return {};
 }
 
 } // namespace quor::charset

@@ -23,6 +23,8 @@ bool gbkFromUtf8(std::string_view utf8, std::string& gbk);
 
 /// From and to a character set by the name that the system's locale gives it.
 std::string utf8From(const std::string& set, std::string_view bytes, std::size_t& strays);
+/// False, and `bytes` empty, when a character has no place in the set. Bytes kept as above become themselves.
+bool fromUtf8(const std::string& set, std::string_view utf8, std::string& bytes);
 /// What the set cannot show is written in ASCII: a character as `\u{9600}`, a byte kept as above as `\xE9`.
 std::string utf8To(const std::string& set, std::string_view utf8);
 
@@ -30,5 +32,9 @@ bool isUtf8(std::string_view bytes);
 
 /// The name under which a character set is known here, "UTF-8" however that is spelled; empty when it is not.
 std::string knownName(const std::string& set);
+
+/// The known character set in the name of the locale that LC_ALL, LC_CTYPE or LANG asks for, such as GBK in
+/// "zh_CN.GBK@pinyin"; empty when there is none.
+std::string namedByEnvironment();
 
 } // namespace quor::charset

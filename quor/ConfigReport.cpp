@@ -61,6 +61,11 @@ Json argumentsJson(const ConfigAnswer& answer)
     return object;
 }
 
+std::string utf8FromSystemName(const char* name)
+{
+    return terminal::utf8From(terminal::fromSystemName(name));
+}
+
 Json messagesJson(const std::vector<std::string>& messages)
 {
     Json array = Json::array();
@@ -119,7 +124,7 @@ std::string lineOf(const ConfigAnswer& answer)
     const Json value = valueJson(answer);
     if (value.is_null()) return {};
     const std::string text = value.is_string() ? withoutControls(value.get<std::string>()) : value.dump();
-    return terminal::fromUtf8(text) + "\n";
+    return text + "\n";
 }
 
 std::string provenanceOf(const ConfigAnswer& answer)
@@ -147,7 +152,7 @@ std::string tableOf(const ConfigSession& session, const std::vector<ConfigAnswer
 {
     std::string table = fmt::format(
         "installation   {}\nproject        {}\nproject script {}\nsystem script  {}\n\n",
-        terminal::utf8From(QuorSystem::quorEnv()), terminal::utf8From(QuorSystem::getCurrentProjPath()),
+        utf8FromSystemName(QuorSystem::quorEnv()), utf8FromSystemName(QuorSystem::getCurrentProjPath()),
         terminal::utf8From(session.pathOf(ConfigScript::Project)),
         terminal::utf8From(session.pathOf(ConfigScript::System)));
     std::size_t moduleWidth = std::string_view("module").size();
@@ -168,14 +173,14 @@ std::string tableOf(const ConfigSession& session, const std::vector<ConfigAnswer
         for (const std::string& message : answer.messages)
             table += indented(terminal::utf8FromMessage(message));
     }
-    return terminal::fromUtf8(table);
+    return table;
 }
 
 std::string jsonOf(const ConfigSession& session, const std::vector<ConfigAnswer>& answers, bool permitsNull)
 {
     Json head;
-    head.emplace("installation", terminal::utf8From(QuorSystem::quorEnv()));
-    head.emplace("project", terminal::utf8From(QuorSystem::getCurrentProjPath()));
+    head.emplace("installation", utf8FromSystemName(QuorSystem::quorEnv()));
+    head.emplace("project", utf8FromSystemName(QuorSystem::getCurrentProjPath()));
     head.emplace("projectScript", terminal::utf8From(session.pathOf(ConfigScript::Project)));
     head.emplace("systemScript", terminal::utf8From(session.pathOf(ConfigScript::System)));
     head.emplace("permitNull", permitsNull);

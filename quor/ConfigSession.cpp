@@ -34,6 +34,12 @@ std::optional<std::string> gbkOf(const std::optional<std::string>& argument, con
     return terminal::gbkFrom(*argument, fmt::format("{} {}", flag, *argument));
 }
 
+std::optional<std::string> systemNameOf(const std::optional<std::string>& argument, const char* flag)
+{
+    if (!argument) return std::nullopt;
+    return terminal::systemName(*argument, fmt::format("{} {}", flag, *argument));
+}
+
 const char* textOrNull(const std::optional<std::string>& text)
 {
     return text ? text->c_str() : nullptr;
@@ -66,7 +72,7 @@ void addConfigOptions(CLI::App& command, ConfigOptions& options)
 }
 
 ConfigSession::ConfigSession(const ConfigOptions& options)
-    : options_(options), initArg_(gbkOf(options.initArg, "--init-arg")),
+    : file_(systemNameOf(options.file, "--config")), initArg_(gbkOf(options.initArg, "--init-arg")),
       userVersion_(gbkOf(options.userVersion, "--user-version")),
       designDbModule_(gbkOf(options.designDbModule, "--design-db-module"))
 {
@@ -111,38 +117,41 @@ void ConfigSession::keepOrShow(std::string_view message)
     }
 }
 
-std::string ConfigSession::pathOf(ConfigScript script) const
+std::string ConfigSession::systemPathOf(ConfigScript script) const
 {
     if (script == ConfigScript::System) return QuorSystem::getFullQuorName("bin", systemScript);
-    return QuorSystem::getBinRuntimeFullName(options_.file ? options_.file->c_str() : projectScript);
+    return QuorSystem::getBinRuntimeFullName(file_ ? file_->c_str() : projectScript);
+}
+
+std::string ConfigSession::pathOf(ConfigScript script) const
+{
+    return terminal::fromSystemName(systemPathOf(script));
 }
 
 void ConfigSession::load(ConfigScript script)
 {
     const bool isReady = script == ConfigScript::System
                              ? quorconfig::initSysConfig()
-                             : quorconfig::initConfig(textOrNull(options_.file), textOrNull(initArg_),
+                             : quorconfig::initConfig(textOrNull(file_), textOrNull(initArg_),
                                                       textOrNull(userVersion_), textOrNull(designDbModule_));
     if (isReady) return;
-    const std::string path = pathOf(script);
     long long time = 0;
-    const char* reason = quorsys::fileModificationTime(path.c_str(), time)
+    const char* reason = quorsys::fileModificationTime(systemPathOf(script).c_str(), time)
                              ? "it cannot be read, compiled or run to its end"
                              : "there is no such file, or it cannot be examined";
-    throw Failure(ScriptFailed, fmt::format("{}: {}", path, reason));
+    throw Failure(ScriptFailed, fmt::format("{}: {}", pathOf(script), reason));
 }
 
 void ConfigSession::prepare(ConfigScript script)
 {
     if (std::find(ready_.begin(), ready_.end(), script) != ready_.end()) return;
     ready_.push_back(script);
-    const std::string path = pathOf(script);
-    terminal::expectPath(path);
+    terminal::expectPath(systemPathOf(script));
     isSettingUp_ = true;
     const ErrorWatch watch;
     load(script);
     isSettingUp_ = false;
-    if (watch.sawErrors()) raisedInSetUp_.push_back(path);
+    if (watch.sawErrors()) raisedInSetUp_.push_back(pathOf(script));
     std::move(messages_.begin(), messages_.end(), std::back_inserter(setUpMessages_));
     messages_.clear();
 }

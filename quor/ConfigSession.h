@@ -44,7 +44,6 @@ struct ConfigAnswer {
 /// the scripts print goes to standard error, and they cannot end the program. One session at a time.
 class ConfigSession {
 public:
-    /// The options must outlive the session.
     explicit ConfigSession(const ConfigOptions& options);
     ~ConfigSession();
     ConfigSession(const ConfigSession&) = delete;
@@ -70,9 +69,10 @@ private:
     static void receiveReport(const char* text, std::size_t length, void* session);
     void keepOrShow(std::string_view message);
     void load(ConfigScript script);
+    std::string systemPathOf(ConfigScript script) const;
 
     const StandardOutputAside aside_; // ends last, since closing a state runs collectors
-    const ConfigOptions& options_;
+    std::optional<std::string> file_; ///< as the library takes it
     std::optional<std::string> initArg_;
     std::optional<std::string> userVersion_;
     std::optional<std::string> designDbModule_;

@@ -1,5 +1,7 @@
 #include "Font.h"
 
+#include "Terminal.h"
+
 #include <filesystem>
 #include <fmt/format.h>
 
@@ -48,21 +50,22 @@ void Font::close() noexcept
 void Font::open(const std::string& path, long face)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
     if (type == std::filesystem::file_type::not_found) throw FontError("there is no such file");
     // Opening a pipe would wait for whoever writes into it.
     if (type != std::filesystem::file_type::regular)
         throw FontError("a regular file is expected; this is none");
     if (FT_Init_FreeType(&library_) != 0) throw FontError("FreeType does not start");
     constexpr FT_Long onlyCount = -1;
-    if (FT_New_Face(library_, path.c_str(), onlyCount, &face_) != 0)
+    const std::string name = terminal::systemName(path, path);
+    if (FT_New_Face(library_, name.c_str(), onlyCount, &face_) != 0)
         throw FontError("the file is no font, or cannot be read");
     const FT_Long faces = face_->num_faces;
     FT_Done_Face(face_);
     face_ = nullptr;
     if (face >= faces)
         throw FontError(fmt::format("it has {} faces, counted from 0, and none {}", faces, face));
-    if (FT_New_Face(library_, path.c_str(), face, &face_) != 0) throw FontError("the font is broken");
+    if (FT_New_Face(library_, name.c_str(), face, &face_) != 0) throw FontError("the font is broken");
     if (!FT_IS_SCALABLE(face_))
         throw FontError("a font of outlines is expected; this has pictures of one size");
     if (FT_Select_Charmap(face_, FT_ENCODING_UNICODE) != 0)

@@ -1,10 +1,10 @@
 #include "HostFolders.h"
 
 #include "Failure.h"
+#include "System.h"
 #include "Terminal.h"
 
 #include <QuorCommon/QuorSystem.h>
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 
@@ -29,15 +29,17 @@ void setFolder(const Named& folder, const std::optional<std::string>& given)
     if (given && given->empty())
         throw Failure(WrongUsage,
                       fmt::format("{}: the path of a folder is expected; it is empty", folder.option));
-    if (given) folder.set(given->c_str());
-    const char* named = given ? nullptr : std::getenv(folder.variable);
-    if (!given && !(named && *named)) return;
+    const std::string named = given ? *given : system::environment(folder.variable).value_or("");
+    if (named.empty()) return;
+    const std::string place =
+        fmt::format("{}{}{}", given ? folder.option : folder.variable, given ? " " : "=", named);
+    // Of the environment the service reads the same by itself.
+    const std::string name = terminal::systemName(named, place);
+    if (given) folder.set(name.c_str());
     // What the service made of it is what counts: it may read separators where the system has none.
     std::error_code error;
-    if (std::filesystem::is_directory(folder.get(), error)) return;
-    throw Failure(WrongUsage, fmt::format("{}{}{}: a folder is expected; there is none",
-                                          given ? folder.option : folder.variable, given ? " " : "=",
-                                          given ? *given : named));
+    if (std::filesystem::is_directory(system::pathOf(terminal::fromSystemName(folder.get())), error)) return;
+    throw Failure(WrongUsage, place + ": a folder is expected; there is none");
 }
 
 void addFolder(CLI::App& command, const Named& folder, std::optional<std::string>& given, const char* help)

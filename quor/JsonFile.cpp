@@ -136,14 +136,14 @@ private:
 std::string readText(const std::string& path)
 {
     std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
     const char* there = type == std::filesystem::file_type::not_found   ? "there is none"
                         : type == std::filesystem::file_type::directory ? "a folder is there"
                                                                         : "this is none";
     // Opening a pipe would wait for whoever writes into it.
     if (type != std::filesystem::file_type::regular)
         throw Failure(WrongUsage, fmt::format("{}: a regular file is expected; {}", path, there));
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(system::pathOf(path), std::ios::binary);
     if (!file) throw Failure(WrongUsage, fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
     return {std::istreambuf_iterator<char>(file), {}};
 }

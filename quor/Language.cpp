@@ -3,11 +3,11 @@
 #include "Catalogue.h"
 #include "CharacterSet.h"
 #include "Failure.h"
+#include "System.h"
 #include "Terminal.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
@@ -30,14 +30,12 @@ using Names = std::set<std::string, std::less<>>;
 
 fs::path localeFolder()
 {
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path() / "share" / "locale";
+    return system::programFile().parent_path().parent_path() / "share" / "locale";
 }
 
 fs::path cataloguePath(const std::string& language)
 {
-    return localeFolder() / language / "LC_MESSAGES" / "QuorScriptor.mo";
+    return localeFolder() / system::pathOf(language) / "LC_MESSAGES" / "QuorScriptor.mo";
 }
 
 Names languagesThere()
@@ -46,24 +44,23 @@ Names languagesThere()
     std::error_code error;
     for (fs::directory_iterator entry(localeFolder(), error), end; !error && entry != end;
          entry.increment(error)) {
-        std::string name = entry->path().filename().string();
+        std::string name = system::textOf(entry->path().filename());
         std::error_code ignored;
         if (fs::exists(cataloguePath(name), ignored)) names.insert(std::move(name));
     }
     return names;
 }
 
-std::string_view environment(const char* variable)
+std::string environment(const char* variable)
 {
-    const char* value = std::getenv(variable);
-    return value ? value : "";
+    return system::environment(variable).value_or("");
 }
 
 /// A locale's name in its parts, as in "zh_CN.GBK@stroke"; the character set says nothing about the language.
 struct LocaleName {
-    std::string_view language;
-    std::string_view withCountry;
-    std::string_view modifier; ///< with its "@"
+    std::string language;
+    std::string withCountry;
+    std::string modifier; ///< with its "@"
 
     explicit LocaleName(std::string_view name)
     {
@@ -79,9 +76,9 @@ struct LocaleName {
 /// The one of the languages that are there which suits a locale best; empty when none does.
 std::string bestFor(const LocaleName& locale, const Names& there)
 {
-    for (const std::string_view modifier : {locale.modifier, std::string_view()}) {
-        for (const std::string_view base : {locale.withCountry, locale.language}) {
-            std::string name = std::string(base).append(modifier);
+    for (const std::string& modifier : {locale.modifier, std::string()}) {
+        for (const std::string& base : {locale.withCountry, locale.language}) {
+            std::string name = base + modifier;
             if (there.contains(name)) return name;
         }
     }
@@ -91,14 +88,14 @@ std::string bestFor(const LocaleName& locale, const Names& there)
 /// The locales that the environment asks for, the best one first; none when texts are to stay as they are.
 std::vector<LocaleName> localesAskedFor()
 {
-    std::string_view locale;
+    std::string locale;
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         locale = environment(variable);
         if (!locale.empty()) break;
     }
     if (locale.empty() || LocaleName(locale).isPlain()) return {};
-    std::string_view list = environment("LANGUAGE");
-    if (list.empty()) list = locale;
+    const std::string languages = environment("LANGUAGE");
+    std::string_view list = languages.empty() ? locale : languages;
 
     std::vector<LocaleName> locales;
     while (!list.empty()) {
@@ -128,7 +125,7 @@ void checkIsThere(const std::string& language)
     if (there.contains(language)) return;
     throw Failure(WrongUsage,
                   fmt::format("--language {}: one of these is expected: {}\nlooked for catalogues in:\n  {}",
-                              language, fmt::join(there, ", "), localeFolder().string()));
+                              language, fmt::join(there, ", "), system::textOf(localeFolder())));
 }
 
 /// Messages and their translations, in GBK.
@@ -159,7 +156,7 @@ std::unique_ptr<const Table> tableOf(const Catalogue& catalogue)
 void install(const std::string& language)
 {
     try {
-        translations = tableOf(readCatalogue(cataloguePath(language).string())).release();
+        translations = tableOf(readCatalogue(system::textOf(cataloguePath(language)))).release();
     } catch (const std::exception& error) {
         terminal::say("quor: messages stay in Chinese: {}", error.what());
         return;

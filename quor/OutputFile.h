@@ -20,12 +20,13 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::string_view bytes);
+    /// The same for a text in UTF-8, in the character set that texts for people have there.
+    void writeText(std::string_view utf8);
     /// Writes what is still held back, and puts the file in its place.
     void finish();
 
 private:
-    void openBeside();
-    [[noreturn]] void fail(int reason);
+    [[noreturn]] void fail(const char* reason);
 
     std::string path_;
     std::string target_;

@@ -19,6 +19,7 @@ void checkWords(const ResultOptions& options)
         throw Failure(WrongUsage, "--format " + options.format + ": json or text is expected");
     if (options.output.empty())
         throw Failure(WrongUsage, "-o: a file, or - for standard output, is expected");
+    terminal::systemName(options.output, "-o " + options.output); // where another program could not name it
 }
 
 } // namespace
@@ -44,7 +45,8 @@ void checkOutput(const ResultOptions& options, const ScriptSession& session)
                                                                  {session.scenePath(), "the scene"}};
     for (const auto& [path, name] : inputs) {
         std::error_code error;
-        if (options.output != "-" && std::filesystem::equivalent(options.output, path, error))
+        if (options.output != "-" &&
+            std::filesystem::equivalent(system::pathOf(options.output), system::pathOf(path), error))
             throw Failure(WrongUsage,
                           fmt::format("-o {}: a file other than {} is expected", options.output, name));
     }
@@ -67,7 +69,10 @@ void withOutput(const ResultOptions& options, const std::function<void()>& work)
 void writeResult(const ResultOptions& options, const std::string& utf8)
 {
     OutputFile file(options.output);
-    file.write(options.isJson() ? utf8 : terminal::fromUtf8(utf8));
+    if (options.isJson())
+        file.write(utf8);
+    else
+        file.writeText(utf8);
     file.finish();
 }
 

@@ -196,7 +196,9 @@ std::string readFontPath(const JsonNode& node, const Scene& scene)
     constexpr std::string_view form = "the path of a font is";
     const std::string path = node.text(form);
     if (path.empty()) node.fail(form);
-    return (std::filesystem::path(scene.path).parent_path() / terminal::fromUtf8(path)).string();
+    const std::string name = terminal::fromUtf8(path);
+    terminal::systemName(name, fmt::format("{}: {}", node.place(), name));
+    return system::textOf(system::pathOf(scene.path).parent_path() / system::pathOf(name));
 }
 
 SceneStyle readStyle(const JsonNode& section, const Scene& scene)
@@ -209,7 +211,8 @@ SceneStyle readStyle(const JsonNode& section, const Scene& scene)
     style.height = readPositive(section.member("height", "a number above 0 is"));
     for (const auto& [key, node] : members) {
         if (key == "face")
-            style.face = node.integer(0, mostFaces - 1, "the number of a face, from 0 to 65535, is");
+            style.face = static_cast<long>(
+                node.integer(0, mostFaces - 1, "the number of a face, from 0 to 65535, is"));
         if (key == "factor") style.factor = readPositive(node);
     }
     return style;

@@ -67,7 +67,7 @@ Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.)";
 bool exists(const std::string& path)
 {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(system::pathOf(path), error);
 }
 
 /// Where a file was looked for, on lines of its own; nothing when that was one place.
@@ -207,16 +207,19 @@ ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
 void ScriptSession::findScript()
 {
     searched_ = {options_.script};
-    if (fs::path(options_.script).is_relative()) {
-        searched_.emplace_back(QuorSystem::getProjectFileFullPath(options_.script.c_str()));
-        searched_.emplace_back(QuorSystem::getProjectFileFullPath("components", options_.script.c_str()));
-        searched_.emplace_back(QuorSystem::getFullQuorName(options_.script.c_str()));
+    const std::string name = terminal::systemName(options_.script, "SCRIPT " + options_.script);
+    if (system::pathOf(options_.script).is_relative()) {
+        for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
+                                 QuorSystem::getProjectFileFullPath("components", name.c_str()),
+                                 QuorSystem::getFullQuorName(name.c_str())})
+            searched_.push_back(terminal::fromSystemName(path));
     }
     const auto found = std::find_if(searched_.begin(), searched_.end(), exists);
     path_ = found == searched_.end() ? options_.script : *found;
-    name_ = fs::path(path_).filename().string();
+    name_ = system::textOf(system::pathOf(path_).filename());
     if (name_.empty()) name_ = path_;
-    terminal::expectPath(path_);
+    systemPath_ = terminal::systemName(path_, path_);
+    terminal::expectPath(systemPath_);
 }
 
 void ScriptSession::openScene()
@@ -224,9 +227,11 @@ void ScriptSession::openScene()
     if (options_.scene.empty())
         throw Failure(WrongUsage, "--scene: the path of a scene's file is expected; it is empty");
     std::vector<std::string> searched = {options_.scene};
-    if (fs::path(options_.scene).is_relative()) {
-        searched.emplace_back(QuorSystem::getProjectFileFullPath(options_.scene.c_str()));
-        searched.emplace_back(QuorSystem::getProjectFileFullPath("scenes", options_.scene.c_str()));
+    const std::string name = terminal::systemName(options_.scene, "--scene " + options_.scene);
+    if (system::pathOf(options_.scene).is_relative()) {
+        for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
+                                 QuorSystem::getProjectFileFullPath("scenes", name.c_str())})
+            searched.push_back(terminal::fromSystemName(path));
     }
     const auto found = std::find_if(searched.begin(), searched.end(), exists);
     if (found == searched.end())
@@ -272,7 +277,7 @@ void ScriptSession::loadFile()
     for (const Global& global : globalsOf(L))
         globalsBefore_.push_back(global.name);
 
-    const GlibStatus status = scriptor_->loadFile(path_.c_str(), false);
+    const GlibStatus status = scriptor_->loadFile(systemPath_.c_str(), false);
     if (status == GlibStatus::Ok) return;
     const std::string reason = status == GlibStatus::ScriptFailed
                                    ? describe(status, "it cannot be read, compiled or run to its end")
@@ -303,7 +308,7 @@ std::vector<std::string> ScriptSession::ownFunctions() const
     std::vector<std::string> added;
     for (const Global& global : globals) {
         if (global.source.empty()) continue;
-        if (global.source == "@" + path_) own.push_back(global.name);
+        if (global.source == "@" + systemPath_) own.push_back(global.name);
         if (!std::binary_search(globalsBefore_.begin(), globalsBefore_.end(), global.name))
             added.push_back(global.name);
     }
@@ -346,7 +351,8 @@ std::string ScriptSession::placeOf(const char* what, const std::string& name) co
 {
     std::string place = path_;
     for (const Global& global : globalsOf(scriptor_->getLua(false))) {
-        if (global.name == name && global.source == "@" + path_) place += fmt::format(":{}", global.line);
+        if (global.name == name && global.source == "@" + systemPath_)
+            place += fmt::format(":{}", global.line);
     }
     return fmt::format("{}: {} {}", place, what, terminal::fromGbk(name));
 }

@@ -83,6 +83,7 @@ private:
     const ScriptOptions& options_;
     double factor_ = 1;
     std::string path_;
+    std::string systemPath_; ///< the same as the library takes it
     std::string name_;
     std::vector<std::string> searched_;
     std::vector<std::string> globalsBefore_;

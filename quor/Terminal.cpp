@@ -4,39 +4,23 @@
 #include "Failure.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdio>
-#include <cstdlib>
-#include <langinfo.h>
 #include <optional>
 #include <vector>
 
 namespace quor::terminal {
 namespace {
 
-/// The character set in the name of the locale that is asked for, such as GBK in "zh_CN.GBK@pinyin".
-std::string namedCharacterSet()
+const system::CharacterSets& sets()
 {
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (!value || !*value) continue;
-        const std::string locale = value;
-        const std::size_t dot = locale.find('.');
-        if (dot == std::string::npos) return {};
-        return charset::knownName(locale.substr(dot + 1, locale.find('@', dot) - dot - 1));
-    }
-    return {};
+    static const system::CharacterSets read = system::readCharacterSets();
+    return read;
 }
 
-/// Asks while nothing else runs, and goes back to the locale "C" at once.
-std::string readCharacterSet()
+std::string utf8FromName(std::string_view name)
 {
-    const bool known = std::setlocale(LC_CTYPE, "") != nullptr;
-    // A system that has not generated the locale still shows its characters.
-    const std::string set = known ? nl_langinfo(CODESET) : namedCharacterSet();
-    std::setlocale(LC_CTYPE, "C");
-    // A bare locale says nothing about the terminal.
-    return set.empty() || set == "ANSI_X3.4-1968" ? "UTF-8" : set;
+    std::size_t strays = 0;
+    return charset::utf8From(sets().fileNames, name, strays);
 }
 
 std::vector<std::string>& expectedPaths()
@@ -62,19 +46,39 @@ std::string_view pathBeforeLine(std::string_view text)
             ++end;
         if (end == colon + 1 || end >= text.size() || text[end] != after) continue;
         const std::string_view path = text.substr(0, colon);
-        const bool isPath = path.find('/') != std::string_view::npos || path.ends_with(".lua");
+        const bool isPath =
+            path.find_first_of(system::separators) != std::string_view::npos || path.ends_with(".lua");
         return isPath ? path : std::string_view();
     }
     return {};
+}
+
+constexpr std::string_view cut = "...";
+constexpr std::size_t longestRest = 3;
+
+/// The UTF-8 of the end of an expected path, which Lua may have cut off in the middle of a character.
+std::optional<std::string> utf8FromEndOfExpected(std::string_view end)
+{
+    for (const std::string_view path : expectedPaths()) {
+        if (!path.ends_with(end)) continue;
+        const std::string whole = utf8FromName(path);
+        for (std::size_t rest = 0; rest <= longestRest && rest <= end.size(); ++rest) {
+            const std::string_view tail = end.substr(rest);
+            std::string utf8 = utf8FromName(tail);
+            if (utf8FromName(path.substr(0, path.size() - tail.size())) + utf8 == whole) return utf8;
+        }
+    }
+    return std::nullopt;
 }
 
 /// The UTF-8 of a path, which Lua may have cut at its beginning, in the middle of a character; none when the
 /// bytes cannot be a path of this system.
 std::optional<std::string> utf8FromPath(std::string_view path)
 {
-    constexpr std::string_view cut = "...";
-    constexpr std::size_t longestRest = 3;
-    if (characterSet() != "UTF-8" || charset::isUtf8(path)) return utf8From(path);
+    if (path.starts_with(cut)) {
+        if (const auto end = utf8FromEndOfExpected(path.substr(cut.size()))) return std::string(cut) + *end;
+    }
+    if (!namesAreUtf8() || charset::isUtf8(path)) return utf8FromName(path);
     if (!path.starts_with(cut)) return std::nullopt;
     for (std::size_t rest = 1; rest <= longestRest && cut.size() + rest <= path.size(); ++rest) {
         const std::string_view whole = path.substr(cut.size() + rest);
@@ -94,7 +98,7 @@ std::string utf8FromWords(std::string_view words)
             if (at < first || (at == first && path.size() > length)) first = at, length = path.size();
         }
         utf8 += charset::utf8FromGbk(words.substr(0, first));
-        utf8 += utf8From(words.substr(first, length));
+        utf8 += utf8FromName(words.substr(first, length));
         words.remove_prefix(first + length);
     }
     return utf8;
@@ -119,12 +123,28 @@ std::string utf8FromLine(std::string_view line)
     return utf8 + utf8FromWords(line);
 }
 
+void writeBytes(std::string_view line)
+{
+    std::fwrite(line.data(), 1, line.size(), stderr);
+    if (!line.ends_with('\n')) std::fputc('\n', stderr);
+}
+
 } // namespace
+
+void start()
+{
+    system::makeStreamsBinary();
+    sets();
+}
 
 const std::string& characterSet()
 {
-    static const std::string set = readCharacterSet();
-    return set;
+    return sets().own;
+}
+
+bool namesAreUtf8()
+{
+    return sets().fileNames == "UTF-8";
 }
 
 std::string utf8From(std::string_view bytes)
@@ -157,6 +177,22 @@ std::string fromGbk(std::string_view gbk)
     return fromUtf8(charset::utf8FromGbk(gbk));
 }
 
+std::string systemName(const std::string& name, const std::string& place)
+{
+    if (sets().fileNames == sets().own) return name;
+    std::string bytes;
+    if (!charset::fromUtf8(sets().fileNames, utf8From(name), bytes))
+        throw Failure(WrongUsage, fmt::format("{}: a name that the system's code page, {}, can write is "
+                                              "expected; a character in it has no place there",
+                                              place, sets().fileNames));
+    return bytes;
+}
+
+std::string fromSystemName(std::string_view name)
+{
+    return sets().fileNames == sets().own ? std::string(name) : fromUtf8(utf8FromName(name));
+}
+
 void expectPath(const std::string& path)
 {
     if (!path.empty()) expectedPaths().push_back(path);
@@ -179,10 +215,25 @@ std::string utf8FromMessage(std::string_view message)
     }
 }
 
+std::string printed(std::string_view utf8, system::Stream stream)
+{
+    switch (stream) {
+    case system::Stream::Output:
+        return charset::utf8To(sets().output, utf8);
+    case system::Stream::Errors:
+        return charset::utf8To(sets().errors, utf8);
+    case system::Stream::File:
+        break;
+    }
+    return charset::utf8To(sets().file, utf8);
+}
+
 void writeError(std::string_view line)
 {
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    if (!line.ends_with('\n')) std::fputc('\n', stderr);
+    if (sets().errors == sets().own)
+        writeBytes(line);
+    else
+        writeBytes(printed(utf8From(line), system::Stream::Errors));
 }
 
 void showMessage(std::string_view message)
@@ -192,7 +243,7 @@ void showMessage(std::string_view message)
     try {
         writeError(fromMessage(message));
     } catch (const std::exception&) {
-        writeError(message);
+        writeBytes(message);
     }
 }
 

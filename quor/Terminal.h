@@ -1,19 +1,32 @@
 #pragma once
 
+#include "System.h"
+
 #include <fmt/format.h>
 #include <string>
 #include <string_view>
 
-/// What passes between the command and whoever runs it. Arguments, file names and what is printed are in the
-/// terminal's character set: that of LC_ALL, LC_CTYPE or LANG, be their locale on this system or not; where
-/// these name none but ASCII, UTF-8. The locale decides nothing else: the process itself stays in the locale
-/// "C".
+/// What passes between the command and whoever runs it. The command's own texts, arguments as well as what
+/// is composed for people, are in one character set: that of LC_ALL, LC_CTYPE or LANG, be their locale on
+/// this system or not; where these name none but ASCII, UTF-8. It is that of file names, too, and of all that
+/// is printed.
+///
+/// On Windows these are three: the command's texts are UTF-8; file names are in the ANSI code page wherever
+/// the library takes or gives them; and what is printed is in the set that the variables name, else in that
+/// of the console, else in the ANSI code page.
+///
+/// The locale decides nothing else: the process itself stays in the locale "C".
 namespace quor::terminal {
 
-/// Read at the first call, which is made before anything that a locale could disturb.
-const std::string& characterSet();
+/// Reads the character sets, before anything that a locale could disturb.
+void start();
 
-/// An argument or a file name as UTF-8; bytes that are no characters are kept (see CharacterSet.h).
+/// The set of the command's own texts.
+const std::string& characterSet();
+/// Whether file names are in UTF-8.
+bool namesAreUtf8();
+
+/// An argument as UTF-8; bytes that are no characters are kept (see CharacterSet.h).
 std::string utf8From(std::string_view bytes);
 /// An argument as a text for a script. A `Failure` (wrong usage) that begins with `place` when it cannot be
 /// written in GBK.
@@ -23,13 +36,22 @@ std::string fromUtf8(std::string_view utf8);
 /// A script's text, such as the name of a segment.
 std::string fromGbk(std::string_view gbk);
 
-/// Tells that messages may contain this file or folder.
+/// A file name as the library takes it. A `Failure` (wrong usage) that begins with `place` when a character
+/// of it has no place in the character set of file names.
+std::string systemName(const std::string& name, const std::string& place);
+/// A file name that the library gave.
+std::string fromSystemName(std::string_view name);
+
+/// Tells that messages may contain this file or folder, as the library names it.
 void expectPath(const std::string& path);
 /// A message of a script or of the host: its words are GBK, while the paths in it, the expected ones and
 /// those before a line's number, stand as the system has them.
 std::string fromMessage(std::string_view message);
 /// The same in UTF-8.
 std::string utf8FromMessage(std::string_view message);
+
+/// A text in UTF-8 as the bytes that are written to a file or stream.
+std::string printed(std::string_view utf8, system::Stream stream);
 
 /// Writes a line to standard error, where everything for people goes.
 void writeError(std::string_view line);

@@ -26,7 +26,7 @@ was used wrongly.)";
 
 /// What a subcommand found out. The scripts are gone by then, and nothing of them runs any more.
 struct Report {
-    std::string output;
+    std::string output; ///< in UTF-8
     std::string said;   ///< to people
     std::string raised; ///< where scripts raised errors
 };
@@ -109,10 +109,13 @@ Report reportAll(const ConfigCommand& command)
     return report;
 }
 
-void finish(const Report& report)
+void finish(const Report& report, bool isJson)
 {
     OutputFile file("-");
-    file.write(report.output);
+    if (isJson)
+        file.write(report.output);
+    else
+        file.writeText(report.output);
     file.finish();
     terminal::say("{}", report.said);
     if (!report.raised.empty()) throw Failure(ScriptFailed, "errors were raised by:" + report.raised);
@@ -126,8 +129,9 @@ CLI::App& addPart(CLI::App& config, Action& action, const std::shared_ptr<Config
     addGetterOptions(part, command->given);
     part.add_flag("--json", command->json, "Writes JSON, in UTF-8");
     part.footer(exitCodes);
-    part.callback(
-        [command, reportOf, &action] { action = [command, reportOf] { finish(reportOf(*command)); }; });
+    part.callback([command, reportOf, &action] {
+        action = [command, reportOf] { finish(reportOf(*command), command->json); };
+    });
     return part;
 }
 

@@ -69,10 +69,10 @@ void writeLines(OutputFile& file, const Primitives& primitives, std::size_t& str
     for (const auto& primitive : primitives) {
         appendLine(block, index++, *primitive, strays);
         if (block.size() < blockSize) continue;
-        file.write(terminal::fromUtf8(block));
+        file.writeText(block);
         block.clear();
     }
-    file.write(terminal::fromUtf8(block));
+    file.writeText(block);
 }
 
 /// Runs the script. When this ends the script's state is gone, and nothing of it runs any more.

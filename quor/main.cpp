@@ -1,12 +1,15 @@
 #include "Failure.h"
 #include "Language.h"
 #include "Subcommands.h"
+#include "System.h"
 #include "Terminal.h"
 
 #include <CLI/CLI.hpp>
 #include <QuorScriptor/version.h>
 #include <exception>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -15,14 +18,25 @@ constexpr const char* about = "Runs the scripts of a plant-design catalogue with
 
 constexpr const char* seeHelp = "quor --help, and --help behind a subcommand, say what can be asked.";
 
+void parse(CLI::App& program, int count, char** given)
+{
+    std::vector<std::string> arguments = quor::system::arguments(count, given);
+    std::vector<char*> texts;
+    texts.reserve(arguments.size());
+    for (std::string& argument : arguments)
+        texts.push_back(argument.data());
+    program.parse(static_cast<int>(texts.size()), texts.data());
+}
+
 int run(int count, char** arguments)
 {
-    quor::terminal::characterSet(); // read now, before scripts and libraries run
+    quor::terminal::start();
     CLI::App program(about, "quor");
     quor::Action action;
     program.set_version_flag("--version", std::string("quor ") + Quor::version(),
                              "Print the version and exit");
-    program.require_subcommand(0, 1); // a later argument is never taken for another subcommand
+    program.allow_windows_style_options(false); // "/work/valve.lua" is a path
+    program.require_subcommand(0, 1);           // a later argument is never taken for another subcommand
     quor::addAsk(program, action);
     quor::addCall(program, action);
     quor::addConfig(program, action);
@@ -31,7 +45,7 @@ int run(int count, char** arguments)
     std::optional<std::string> language;
     quor::language::addOption(program, language);
     try {
-        program.parse(count, arguments);
+        parse(program, count, arguments);
     } catch (const CLI::Success& help) {
         return program.exit(help);
     } catch (const CLI::ParseError& error) {

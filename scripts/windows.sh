@@ -9,6 +9,7 @@ export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all LOCPATH=$PWD/build/wind
 
 start_wine() {
     [[ -d $LOCPATH/$LC_ALL ]] || { mkdir -p "$LOCPATH" && localedef -i zh_CN -f UTF-8 "$LOCPATH/$LC_ALL"; }
+    mkdir -p "$WINEPREFIX"
     # One server for all programs, instead of one started for each.
     wineserver -p
     trap 'wineserver -k' EXIT
@@ -63,14 +64,14 @@ version_is_told() {
 
 # same_drawing SCRIPT: the command's JSON is the same on both systems, to the byte.
 same_drawing() {
-    local installation=$PWD/sample/installation project=$PWD/sample/project scene=$PWD/sample/scenes/isometric.json
+    local installation=$PWD/sample/installation project=$PWD/sample/project scene=$PWD/sample/project/scenes/isometric.json
     local options=(--quiet --format json --scene)
     local here=build/mingw/linux.json there=build/mingw/windows.json
     rm -f "$here" "$there"
     QUOR_INSTALLATION=$installation QUOR_PROJECT=$project \
         build/dev/bin/quor draw "$1" "${options[@]}" "$scene" -o "$here" || return
     QUOR_INSTALLATION=Z:$installation QUOR_PROJECT=Z:$project \
-        wine "$programs/quor.exe" draw "$1" "${options[@]}" "$scene" -o "$there" || return
+        wine "$programs/quor.exe" draw "$1" "${options[@]}" "Z:$scene" -o "$there" || return
     cmp "$here" "$there"
 }
 

@@ -27,6 +27,9 @@ inline std::string join(const std::filesystem::path& folder, const std::string& 
     return name.empty() ? whole : whole + inSystemForm('/' + name);
 }
 
+/// How the name of a native module ends.
+extern const char* const nativeModuleSuffix;
+
 /// Says when a file, folder or pipe was changed last.
 bool setFileTime(const std::string& path, long long seconds, long nanoseconds = 0);
 

@@ -193,6 +193,7 @@ TEST_F(FailedLoad, OfTheSystemScriptIsNotTriedAgain)
     for (const BadScript& bad : badScripts) {
         SCOPED_TRACE(bad.name);
         takeFreshSlots();
+        obstacles.clear();
         std::filesystem::remove_all(folder.path("installation/bin"));
         messages();
         make(bad, systemScript);
@@ -201,6 +202,7 @@ TEST_F(FailedLoad, OfTheSystemScriptIsNotTriedAgain)
         EXPECT_TRUE(initSysConfig());
         EXPECT_THAT(messages(), IsEmpty()) << "nor is anything called";
         EXPECT_EQ(inSystem("begun"), bad.runs ? "begun" : "?");
+        obstacles.clear();
         std::filesystem::remove_all(folder.path("installation/bin"));
         EXPECT_TRUE(loadSystem("")) << "the state is there, whatever the folder holds now";
         EXPECT_EQ(inSystem("begun"), bad.runs ? "begun" : "?");

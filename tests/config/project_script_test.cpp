@@ -50,13 +50,14 @@ TEST_F(ProjectScript, IsAskedForByTheNameThatAnyThreadSetLast)
 
 TEST_F(ProjectScript, OfTheSameNameInOtherLettersStaysAsItIs)
 {
-    write("Named.lua", noting("Named"));
     write("NAMED.LUA", noting("NAMED"));
+    write("Named.lua", noting("Named")); // where letter case is nothing to the system, the same file
     EXPECT_TRUE(initConfig("Named.lua", "first", nullptr, nullptr));
     EXPECT_THAT(Probe::notes, ElementsAre("run Named", "init first"));
     EXPECT_TRUE(initConfig("NAMED.LUA", "second", "version", "database"));
     EXPECT_TRUE(initConfig("Named.lua", "second", "version", "database"));
-    EXPECT_TRUE(initConfig("nAmEd.lUa", "second", "version", "database")) << "no file has this name";
+    EXPECT_TRUE(initConfig("nAmEd.lUa", "second", "version", "database"))
+        << "not even where no file has this name";
     EXPECT_THAT(Probe::notes, ElementsAre("run Named", "init first"));
 }
 
@@ -72,8 +73,8 @@ TEST_F(ProjectScript, OfTheSameNameStaysAsItIsWhenItsFileChanged)
 TEST_F(ProjectScript, NameIsTheSameOnlyWhereLettersOfAsciiDiffer)
 {
     // In one code page or another these are the two cases of a letter.
-    const char* const one = "\xC4.lua";
-    const char* const other = "\xE4.lua";
+    const char* const one = "\xC4\xC4.lua";
+    const char* const other = "\xE4\xE4.lua";
     write(one, noting("one"));
     write(other, noting("other"));
     EXPECT_TRUE(initConfig(one, nullptr, nullptr, nullptr));

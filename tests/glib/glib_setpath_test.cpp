@@ -19,7 +19,7 @@ protected:
         return installed("bin/?.lua") + ";" + installed("bin/utils/?.lua") + ";" +
                installed("bin/utils/?.lua") + ";" + installed("bin/?.lua") + ";" + installed("sys/?.lua");
     }
-    std::string natives() const { return installed("bin/x64/?.so"); }
+    std::string natives() const { return installed("bin/x64/?") + sys::nativeModuleSuffix; }
 
     ScriptFolder folder;
 };

@@ -27,15 +27,17 @@ TEST(Version, OfTheBuildIsThatOfTheHeaders)
     EXPECT_STREQ(QUORSCRIPTOR_VERSION, QUOR_PROJECT_VERSION);
 }
 
-#if defined(QUOR_LIBRARY_SONAMES)
-TEST(Version, LibrariesAreNamedAfterTheMajorNumber)
+TEST(Version, LibrariesAreNamedAfterTheMajorNumberWhereNamesTellIt)
 {
+#if !defined(QUOR_LIBRARY_SONAMES)
+    GTEST_SKIP() << "names tell no version here";
+#else
     const std::string sonames = QUOR_LIBRARY_SONAMES;
     for (const char* library : {"KxGeBasic", "BaseObj", "QuorCommon", "QuorMsgHandle", "QuorPureScriptor",
                                 "QuorPrimary", "QuorScriptor"})
         EXPECT_THAT(sonames, testing::HasSubstr(" lib" + std::string(library) + ".so." +
                                                 std::to_string(QUORSCRIPTOR_VERSION_MAJOR) + " "));
-}
 #endif
+}
 
 } // namespace

@@ -42,6 +42,7 @@ protected:
     {
         QuorSystem::quorEnv();
         kxcom::getQuorLastErrorText();
+        kxcom::getQuorLastErrorCode();
     }
 };
 
@@ -128,7 +129,7 @@ TEST_F(ExhaustedMemory, LastErrorKeepsItsCodeAndNoText)
     kxcom::clearQuorLastError();
 }
 
-TEST(ExhaustedMemory, TimersAreIgnoredUntilThereIsSome)
+TEST_F(ExhaustedMemory, TimersAreIgnoredUntilThereIsSome)
 {
     unsigned long long without = 1;
     unsigned long long with = 0;

@@ -29,6 +29,8 @@ std::filesystem::path makeFolder(const std::string& prefix)
     return std::filesystem::canonical(name);
 }
 
+const char* const nativeModuleSuffix = ".so";
+
 std::string inSystemForm(std::string path)
 {
     return path;

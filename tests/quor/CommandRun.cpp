@@ -1,34 +1,27 @@
 #include "CommandRun.h"
 
+#include "TestSystem.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void become(const Arguments& command, const Arguments& environment, const std::string& output,
-                         const std::string& errors)
+/// As char8_t they are the system's own bytes, or on Windows UTF-8, whatever the locale.
+fs::path pathOf(std::string_view text)
 {
-    for (const std::string& setting : environment) {
-        const std::size_t equals = setting.find('=');
-        if (equals == std::string::npos)
-            unsetenv(setting.c_str());
-        else
-            setenv(setting.substr(0, equals).c_str(), setting.c_str() + equals + 1, 1);
-    }
-    std::vector<char*> arguments;
-    for (const std::string& argument : command)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    if (std::freopen(output.c_str(), "wb", stdout) && std::freopen(errors.c_str(), "wb", stderr))
-        execvp(arguments.front(), arguments.data());
-    _exit(127);
+    return std::u8string(text.begin(), text.end());
+}
+
+std::string textOf(const fs::path& path)
+{
+    const std::u8string text = path.generic_u8string();
+    return {text.begin(), text.end()};
 }
 
 } // namespace
@@ -38,13 +31,8 @@ CommandRun runProgram(const Arguments& command, const Arguments& environment)
     const ScratchFolder results;
     const std::string output = results.path("output");
     const std::string errors = results.path("errors");
-    const pid_t child = fork();
-    if (child == 0) become(command, environment, output, errors);
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child) throw std::runtime_error("no child process");
-    constexpr int signalBase = 128;
     CommandRun run;
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : signalBase + WTERMSIG(status);
+    run.exitCode = testsystem::runProgram(command, environment, output, errors);
     run.output = readFile(output);
     run.errors = readFile(errors);
     return run;
@@ -67,9 +55,13 @@ CommandRun runQuor(const Arguments& arguments, const Arguments& environment)
 
 ScratchFolder::ScratchFolder()
 {
-    std::string name = (fs::temp_directory_path() / "quor_test.XXXXXX").string();
-    if (!mkdtemp(name.data())) throw std::runtime_error("no scratch folder");
-    folder_ = name;
+    constexpr int mostTries = 100;
+    std::random_device random;
+    for (int tries = 0; tries < mostTries; ++tries) {
+        folder_ = fs::temp_directory_path() / ("quor_test." + std::to_string(random()));
+        if (fs::create_directory(folder_)) return;
+    }
+    throw std::runtime_error("no scratch folder");
 }
 
 ScratchFolder::~ScratchFolder()
@@ -78,28 +70,39 @@ ScratchFolder::~ScratchFolder()
     fs::remove_all(folder_, ignored);
 }
 
+std::string ScratchFolder::path(std::string_view name) const
+{
+    return textOf(folder_ / pathOf(name));
+}
+
+std::string ScratchFolder::makeFolder(std::string_view name) const
+{
+    fs::create_directories(folder_ / pathOf(name));
+    return path(name);
+}
+
 std::string ScratchFolder::write(std::string_view name, std::string_view bytes) const
 {
-    const fs::path path = folder_ / name;
+    const fs::path path = folder_ / pathOf(name);
     fs::create_directories(path.parent_path());
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
-    return path.string();
+    if (!file.flush()) throw std::runtime_error("cannot write " + textOf(path));
+    return textOf(path);
 }
 
 std::vector<std::string> ScratchFolder::names() const
 {
     std::vector<std::string> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder_))
-        names.push_back(entry.path().filename().string());
+        names.push_back(textOf(entry.path().filename()));
     std::sort(names.begin(), names.end());
     return names;
 }
 
-std::string readFile(const fs::path& path)
+std::string readFile(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     std::ostringstream bytes;
     bytes << file.rdbuf();
     return bytes.str();

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "CommandRun.h"
+#include "TestSystem.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -54,17 +57,35 @@ protected:
         return found == table["answers"].end() ? Json() : *found;
     }
 
-    /// Without the folders, which every machine has elsewhere.
+    /// Without the folders, which every machine has elsewhere, and with '/' in the paths behind them. The
+    /// text may be JSON.
     static std::string withoutFolders(std::string text)
     {
-        const std::pair<const char*, const char*> folders[] = {
-            {QUOR_SOURCE_DIR "/sample/installation", "INSTALLATION"},
-            {QUOR_SOURCE_DIR "/sample/project", "PROJECT"}};
-        for (const auto& [folder, name] : folders) {
-            for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at))
-                text.replace(at, std::string_view(folder).size(), name);
+        for (const std::string separator : {"/", "\\\\", "\\"}) {
+            text = withoutFolder(std::move(text), separator, QUOR_SOURCE_DIR "/sample/installation",
+                                 "INSTALLATION");
+            text = withoutFolder(std::move(text), separator, QUOR_SOURCE_DIR "/sample/project", "PROJECT");
         }
         return text;
+    }
+
+    /// What is expected of such a text: on Windows all separators of the paths are the system's, also those
+    /// that a script wrote as '\\'.
+    static std::string expectedHere(std::string text)
+    {
+        if (!testsystem::isWindows) return text;
+        for (const std::string separator : {"\\\\", "\\"}) {
+            for (const char* name : {"INSTALLATION", "PROJECT"})
+                text = withoutFolder(std::move(text), separator, name, name);
+        }
+        return text;
+    }
+
+    static void expectGolden(const std::string& name, const std::string& text)
+    {
+        const std::string file = QUOR_SOURCE_DIR "/tests/quor/golden/" + name;
+        if (std::getenv("QUOR_WRITE_GOLDEN")) std::ofstream(file, std::ios::binary) << text;
+        EXPECT_EQ(text, expectedHere(readFile(file)));
     }
 
     std::string write(const std::string& name, const std::string& text) const
@@ -72,6 +93,30 @@ protected:
         return scratch_.write(name, text);
     }
     std::string path(const std::string& name) const { return scratch_.path(name); }
+    /// As the path service gives it.
+    std::string systemPath(const std::string& name) const { return sys::inSystemForm(path(name)); }
 
     const ScratchFolder scratch_;
+
+private:
+    static std::string withSeparators(std::string path, const std::string& old, const std::string& separator)
+    {
+        for (std::size_t at = path.find(old); at != std::string::npos;
+             at = path.find(old, at + separator.size()))
+            path.replace(at, old.size(), separator);
+        return path;
+    }
+
+    static std::string withoutFolder(std::string text, const std::string& separator,
+                                     const std::string& folder, const std::string& name)
+    {
+        const std::string there = withSeparators(folder, "/", separator);
+        for (std::size_t at = text.find(there); at != std::string::npos;
+             at = text.find(there, at + name.size())) {
+            const std::size_t end = std::min(text.find_first_of("\"\n", at), text.size());
+            const std::string behind = text.substr(at + there.size(), end - at - there.size());
+            text.replace(at, end - at, name + withSeparators(behind, separator, "/"));
+        }
+        return text;
+    }
 };

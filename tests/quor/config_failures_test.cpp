@@ -2,8 +2,6 @@
 
 #include "ConfigRun.h"
 
-#include <sys/stat.h>
-
 namespace {
 
 using testing::AllOf;
@@ -24,7 +22,7 @@ TEST_F(ConfigFailures, ScriptThatIsMissingIsNamedAndNothingIsPrinted)
         const CommandRun run = this->run(arguments);
         EXPECT_EQ(run.exitCode, 1);
         EXPECT_EQ(run.output, "");
-        EXPECT_EQ(run.errors, "quor: " + path(projectScript) + ": " + missing);
+        EXPECT_EQ(run.errors, "quor: " + systemPath(projectScript) + ": " + missing);
     }
     write(projectScript, "");
     std::filesystem::remove(path(systemScript));
@@ -32,7 +30,7 @@ TEST_F(ConfigFailures, ScriptThatIsMissingIsNamedAndNothingIsPrinted)
         const CommandRun run = this->run(arguments);
         EXPECT_EQ(run.exitCode, 1);
         EXPECT_EQ(run.output, "");
-        EXPECT_EQ(run.errors, "quor: " + path(systemScript) + ": " + missing);
+        EXPECT_EQ(run.errors, "quor: " + systemPath(systemScript) + ": " + missing);
     }
 }
 
@@ -56,7 +54,7 @@ TEST_F(ConfigFailures, ScriptThatDoesNotRunToItsEndIsNamedWithItsReason)
             EXPECT_EQ(run.exitCode, 1) << script;
             EXPECT_EQ(run.output, "") << script;
             EXPECT_THAT(run.errors, AllOf(HasSubstr(reason),
-                                          EndsWith("quor: " + path(name) +
+                                          EndsWith("quor: " + systemPath(name) +
                                                    ": it cannot be read, compiled or run to its end\n")))
                 << script;
         }
@@ -66,17 +64,21 @@ TEST_F(ConfigFailures, ScriptThatDoesNotRunToItsEndIsNamedWithItsReason)
 TEST_F(ConfigFailures, FolderOrPipeInTheScriptsPlaceIsNoScript)
 {
     std::filesystem::create_directory(path(projectScript));
+    const std::string isNoFile = testsystem::isWindows ? "not a regular file" : "Is a directory";
     const CommandRun folder = run(askSpec);
     EXPECT_EQ(folder.exitCode, 1);
-    EXPECT_THAT(folder.errors,
-                AllOf(StartsWith("cannot open " + path(projectScript) + ": Is a directory\n"),
-                      EndsWith(path(projectScript) + ": it cannot be read, compiled or run to its end\n")));
+    EXPECT_THAT(
+        folder.errors,
+        AllOf(StartsWith("cannot open " + systemPath(projectScript) + ": " + isNoFile + "\n"),
+              EndsWith(systemPath(projectScript) + ": it cannot be read, compiled or run to its end\n")));
 
     std::filesystem::remove(path(systemScript));
-    ASSERT_EQ(mkfifo(path(systemScript).c_str(), 0600), 0);
-    const CommandRun pipe = run(askKey);
-    EXPECT_EQ(pipe.exitCode, 1);
-    EXPECT_THAT(pipe.errors, StartsWith("cannot open " + path(systemScript) + ": not a regular file\n"));
+    if (testsystem::isWindows) return; // whose pipes stand in no folder
+    const testsystem::Pipe pipe(scratch_, systemScript);
+    const CommandRun blocked = run(askKey);
+    EXPECT_EQ(blocked.exitCode, 1);
+    EXPECT_THAT(blocked.errors,
+                StartsWith("cannot open " + systemPath(systemScript) + ": not a regular file\n"));
 }
 
 TEST_F(ConfigFailures, OnlyTheScriptThatIsAskedIsLoaded)
@@ -93,7 +95,7 @@ TEST_F(ConfigFailures, ErrorInAFunctionIsReportedBesideTheFallback)
     const CommandRun run = runSpec("\nfunction getProjectSpec()\n  error('no specification')\nend");
     EXPECT_EQ(run.exitCode, 1);
     const Json answer = Json::parse(run.output);
-    EXPECT_EQ(answer["answer"], path("project/projectSpec.quor"));
+    EXPECT_EQ(answer["answer"], systemPath("project/projectSpec.quor"));
     EXPECT_EQ(answer["from"], "fallback");
     EXPECT_EQ(answer["raised"], true);
     ASSERT_EQ(answer["messages"].size(), 2u);
@@ -178,7 +180,7 @@ TEST_F(ConfigFailures, ErrorInTheSetUpIsOneOfTheConfiguration)
     EXPECT_EQ(project.output, "x\n");
     EXPECT_THAT(project.errors, AllOf(HasSubstr("quorModuleSystem.lua:1: set-up: 管道\nstack traceback:"),
                                       EndsWith("quor: errors were raised by:\n  the set-up of " +
-                                               path(projectScript) + "\n")));
+                                               systemPath(projectScript) + "\n")));
     EXPECT_EQ(run({"get", "projectSpec", "--module", "PIPE", "--name", ""}).exitCode, 0);
 
     write(systemScript, "function initConfig() error('no') end");

@@ -2,12 +2,12 @@
 
 #include "CommandRun.h"
 #include "MoFile.h"
+#include "TestSystem.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <regex>
-#include <sys/stat.h>
 
 namespace {
 
@@ -30,6 +30,19 @@ Arguments with(const Arguments& settings)
     Arguments all = {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG", "LOCPATH", "LC_CTYPE=C.UTF-8"};
     all.insert(all.end(), settings.begin(), settings.end());
     return all;
+}
+
+/// The Chinese message where the terminal's character set is named, be it UTF-8; on Windows a locale without
+/// one leaves it to the system.
+std::string chineseUnder(const Arguments& settings)
+{
+    for (const std::string& setting : settings) {
+        const std::string_view name = "LC_ALL=";
+        if (testsystem::isWindows && setting.starts_with(name) && setting.size() > name.size() &&
+            setting.find(".UTF-8") == std::string::npos)
+            return inChineseGbk;
+    }
+    return inChinese;
 }
 
 std::string shown(const Arguments& settings)
@@ -99,7 +112,7 @@ TEST_F(Language, IsChineseWhereTheLocaleIsChineseOrPlainOrHasNoCatalogue)
                                    "."}) {
             const std::string setting = std::string(variable) + "=" + locale;
             const std::string errors = failure({setting});
-            EXPECT_THAT(errors, EndsWith(inChinese)) << setting;
+            EXPECT_THAT(errors, EndsWith(chineseUnder({setting}))) << setting;
             EXPECT_THAT(errors, Not(HasSubstr("catalogue"))) << setting;
         }
     }
@@ -133,14 +146,15 @@ TEST_F(Language, FollowsTheVariablesInTheOrderOfGettext)
         {{"LANGUAGE=", "LANG=en"}, true},
     };
     for (const auto& [settings, english] : cases)
-        EXPECT_THAT(failure(settings), EndsWith(english ? inEnglish : inChinese)) << shown(settings);
+        EXPECT_THAT(failure(settings), EndsWith(english ? inEnglish : chineseUnder(settings)))
+            << shown(settings);
 }
 
 TEST_F(Language, ListIsNotReadWhereTheLocaleIsPlain)
 {
     for (const char* locale :
          {"LC_ALL=C", "LC_ALL=POSIX", "LC_ALL=C.UTF-8", "LC_MESSAGES=C", "LANG=C", "LANG="})
-        EXPECT_THAT(failure({"LANGUAGE=en", locale}), EndsWith(inChinese)) << locale;
+        EXPECT_THAT(failure({"LANGUAGE=en", locale}), EndsWith(chineseUnder({locale}))) << locale;
 }
 
 TEST_F(Language, OptionStandsBeforeOrBehindTheSubcommand)
@@ -187,7 +201,7 @@ TEST_F(Language, OptionThatNamesNoneIsWrongUsageAndRunsNothing)
         EXPECT_EQ(run.exitCode, 2) << word;
         EXPECT_EQ(run.errors, std::string("quor: --language ") + word +
                                   ": one of these is expected: en, zh\nlooked for catalogues in:\n  " +
-                                  (prefix / "share/locale").string() + "\n");
+                                  sys::inSystemForm((prefix / "share/locale").string()) + "\n");
         EXPECT_EQ(readFile(output), "of before");
     }
 }
@@ -290,8 +304,8 @@ TEST_F(Language, ChangesNeitherTheCommandsWordsNorTheScripts)
 TEST_F(Language, LeavesTheLocaleAlone)
 {
     const ScratchFolder locales;
-    if (runProgram({"localedef", "-i", "de_DE", "-f", "UTF-8", locales.path("de_DE.UTF-8")}).exitCode != 0)
-        GTEST_SKIP() << "localedef makes no de_DE.UTF-8 here (package locales)";
+    const Arguments german = testsystem::terminalOf(locales, "de_DE", "UTF-8");
+    if (german.empty()) GTEST_SKIP() << "localedef makes no de_DE.UTF-8 here (package locales)";
     const std::string script =
         scratch_.write("a.lua", "local before = os.setlocale()\n"
                                 "function main()\n"
@@ -299,7 +313,6 @@ TEST_F(Language, LeavesTheLocaleAlone)
                                 "  assert(tonumber('2.5') == 5 / 2)\n"
                                 "  assert(not os.getenv('LANGUAGE'))\n"
                                 "  return {}\nend\n");
-    const Arguments german = {"LOCPATH=" + locales.path(""), "LC_ALL=de_DE.UTF-8"};
     const CommandRun run = runQuor({"draw", "-q", script, "--language", "en"}, with(german));
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.errors, "");
@@ -321,37 +334,40 @@ TEST_F(Language, IsNoneOfTheTerminalsCharacterSet)
 /// The program in a folder of its own, whose catalogues the test chooses.
 class MovedProgram : public Language {
 protected:
-    MovedProgram()
-    {
-        fs::create_directories(prefix_.path("bin"));
-        fs::copy_file(quorCommand(), prefix_.path("bin/quor"));
-    }
+    MovedProgram() { program_ = testsystem::copyCommand(prefix_.path("bin")); }
 
     static std::string place(const std::string& language)
     {
         return "share/locale/" + language + "/LC_MESSAGES/QuorScriptor.mo";
     }
 
-    CommandRun draw(const Arguments& settings, const Arguments& arguments,
-                    const std::string& program = "bin/quor")
+    CommandRun draw(const Arguments& settings, const Arguments& arguments)
     {
-        Arguments command = {prefix_.path(program), "draw", "-q", raising_};
+        return drawBy(program_, settings, arguments);
+    }
+    CommandRun drawBy(const std::string& program, const Arguments& settings, const Arguments& arguments)
+    {
+        Arguments command = {program, "draw", "-q", raising_};
         command.insert(command.end(), arguments.begin(), arguments.end());
         Arguments all = with(settings);
-        all.push_back("LD_LIBRARY_PATH=" +
-                      (fs::path(quorCommand()).parent_path().parent_path() / "lib").string());
+        const Arguments own = testsystem::settingsOfCopy();
+        all.insert(all.end(), own.begin(), own.end());
         return runProgram(command, all);
     }
 
     const ScratchFolder prefix_;
+    std::string program_;
 };
 
 TEST_F(MovedProgram, TakesTheCataloguesBesideIt)
 {
     prefix_.write(place("en"), moFile({moHead, {"图形库调用出错：%s", "no luck with %s"}}));
-    fs::create_symlink("bin/quor", prefix_.path("link"));
-    for (const char* program : {"bin/quor", "link"}) {
-        EXPECT_THAT(draw({"LANG=en_US.UTF-8"}, {}, program).errors,
+    Arguments programs = {program_};
+    // The loader of Windows looks for libraries beside the link.
+    if (!testsystem::isWindows && sys::makeLink(program_, prefix_.path("link")))
+        programs.push_back(prefix_.path("link"));
+    for (const std::string& program : programs) {
+        EXPECT_THAT(drawBy(program, {"LANG=en_US.UTF-8"}, {}).errors,
                     EndsWith("\nno luck with main (error 2003)\n"))
             << program;
     }
@@ -371,7 +387,7 @@ TEST_F(MovedProgram, TakesALanguageWithoutACatalogueForWrongUsage)
     const CommandRun run = draw({}, {"--language", "en"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.errors, "quor: --language en: one of these is expected: zh\nlooked for catalogues in:\n  " +
-                              prefix_.path("share/locale") + "\n");
+                              sys::inSystemForm(prefix_.path("share/locale")) + "\n");
     EXPECT_THAT(draw({}, {"--language", "zh"}).errors, EndsWith(inChinese));
 }
 
@@ -389,7 +405,7 @@ TEST_F(MovedProgram, ShowsChineseAndSaysWhyWhenACatalogueIsDamaged)
     };
     for (const auto& [bytes, found] : cases) {
         prefix_.write(place("en"), bytes);
-        const std::string line = "quor: messages stay in Chinese: " + path +
+        const std::string line = "quor: messages stay in Chinese: " + sys::inSystemForm(path) +
                                  ": a compiled catalogue of messages is expected; " + found + "\n";
         for (const CommandRun& run : {draw({"LANG=en"}, {}), draw({}, {"--language", "en"})}) {
             EXPECT_EQ(run.exitCode, 1);
@@ -400,9 +416,13 @@ TEST_F(MovedProgram, ShowsChineseAndSaysWhyWhenACatalogueIsDamaged)
 
 TEST_F(MovedProgram, IsNotHeldUpByACatalogueThatIsNoFile)
 {
-    const std::string path = prefix_.path(place("en"));
-    fs::create_directories(fs::path(path).parent_path());
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    // Pipes stand in no folder of Windows.
+    std::optional<testsystem::Pipe> pipe;
+    if (testsystem::isWindows)
+        fs::create_directories(prefix_.path(place("en")));
+    else
+        pipe.emplace(prefix_, place("en"));
+    const std::string path = sys::inSystemForm(prefix_.path(place("en")));
     EXPECT_THAT(draw({"LANG=en"}, {}).errors,
                 AllOf(StartsWith("quor: messages stay in Chinese: " + path + ": cannot be read: "),
                       EndsWith(inChinese)));

@@ -2,14 +2,14 @@
 // there.
 
 #include "SceneRun.h"
+#include "TestSystem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
+using sys::inSystemForm;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -324,9 +324,10 @@ TEST_F(SceneErrors, MissingSceneNamesThePlacesLookedAt)
     const std::string script = project.write("s.lua", "function main() return {} end");
     const CommandRun relative = runQuor({"draw", script, "--project", folder, "--scene", "missing.json"});
     EXPECT_EQ(relative.exitCode, 2);
-    EXPECT_EQ(relative.errors, "quor: --scene missing.json: a file is expected; there is none\nlooked for:\n"
-                               "  missing.json\n  " +
-                                   folder + "missing.json\n  " + folder + "scenes/missing.json\n");
+    EXPECT_EQ(relative.errors,
+              "quor: --scene missing.json: a file is expected; there is none\nlooked for:\n"
+              "  missing.json\n  " +
+                  sys::inSystemForm(folder + "missing.json\n  " + folder + "scenes/missing.json\n"));
     const CommandRun absolute = runQuor({"draw", script, "--scene", project.path("missing.json")});
     EXPECT_EQ(absolute.exitCode, 2);
     EXPECT_EQ(absolute.errors,
@@ -340,21 +341,24 @@ TEST_F(SceneErrors, FoldersAndPipesAreNoScenes)
 {
     const ScratchFolder folder;
     const std::string script = folder.write("s.lua", "function main() return {} end");
-    const std::string pipe = folder.path("pipe.json");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(runQuor({"draw", script, "--scene", pipe}).errors,
-              "quor: " + pipe + ": a regular file is expected; this is none\n");
+    const testsystem::Pipe pipe(folder, "pipe.json");
+    const CommandRun piped = runQuor({"draw", script, "--scene", pipe.path()});
+    EXPECT_EQ(piped.exitCode, 2);
+    EXPECT_THAT(piped.errors,
+                StartsWith(testsystem::isWindows
+                               ? "quor: --scene " + pipe.path() + ": a file is expected; there is none\n"
+                               : "quor: " + pipe.path() + ": a regular file is expected; this is none\n"));
     EXPECT_EQ(runQuor({"draw", script, "--scene", folder.path("")}).errors,
               "quor: " + folder.path("") + ": a regular file is expected; a folder is there\n");
 }
 
 TEST_F(SceneErrors, ProtectedSceneIsNotRead)
 {
-    if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
     const ScratchFolder folder;
     const std::string script = folder.write("s.lua", "function main() return {} end");
     const std::string scene = folder.write("scene.json", "{}");
-    ASSERT_EQ(chmod(scene.c_str(), 0), 0);
+    const testsystem::Unreadable protection(scene);
+    if (!protection.isSo()) GTEST_SKIP() << "root may read everything";
     EXPECT_EQ(runQuor({"draw", script, "--scene", scene}).errors,
               "quor: " + scene + ": cannot be read: Permission denied\n");
 }

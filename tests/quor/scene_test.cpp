@@ -1,6 +1,7 @@
 // What a script is told that asks the host: the scene's answers, and no result where the scene has none.
 
 #include "SceneRun.h"
+#include "TestSystem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -174,13 +175,12 @@ TEST(Scene, NoteIsForPeople)
 TEST(Scene, NumbersAreReadAlikeInEveryLocale)
 {
     const ScratchFolder locales;
-    if (runProgram({"localedef", "-i", "de_DE", "-f", "UTF-8", locales.path("de_DE.UTF-8")}).exitCode != 0)
-        GTEST_SKIP() << "localedef makes no de_DE.UTF-8 here (package locales)";
+    const Arguments german = testsystem::terminalOf(locales, "de_DE", "UTF-8");
+    if (german.empty()) GTEST_SKIP() << "localedef makes no de_DE.UTF-8 here (package locales)";
     const std::string scene = locales.write("scene.json", R"({"points": {"1": [0.5, -2.25, 1e-3]}})");
     const std::string script =
         locales.write("s.lua", "function main() return {{26, glib.getIsoPoint(1), 1}} end");
-    const CommandRun run = runQuor({"draw", "-q", script, "--scene", scene},
-                                   {"LOCPATH=" + locales.path(""), "LC_ALL=de_DE.UTF-8"});
+    const CommandRun run = runQuor({"draw", "-q", script, "--scene", scene}, german);
     ASSERT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(nlohmann::json::parse(run.output)["primitives"][0]["args"][0],
               nlohmann::json::parse("[0.5, -2.25, 0.001]"));

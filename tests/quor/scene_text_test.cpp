@@ -2,8 +2,10 @@
 
 #include "FontFile.h"
 #include "SceneRun.h"
+#include "TestSystem.h"
 
 #include <cmath>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -211,7 +213,7 @@ public:
         return load(code) ? static_cast<double>(face_->glyph->metrics.horiBearingY) : NAN;
     }
 
-    static constexpr const char* path = "/usr/share/fonts/truetype/wqy/wqy-microhei.ttc";
+    static constexpr const char* path = QUOR_ROOT_DRIVE "/usr/share/fonts/truetype/wqy/wqy-microhei.ttc";
 
 private:
     bool load(FT_ULong code)
@@ -279,6 +281,8 @@ TEST_F(SceneText, FontsThatAreOfNoUse)
         {"small.ttf", 0, noCapital},
         {"flat.ttf", 0, noCapital},
     };
+    // The scene names it from the folder that it lies in.
+    const std::string folder = std::filesystem::path(run_.scenePath()).parent_path().string();
     for (const auto& [font, face, reason] : cases) {
         // It is not the current style: every font is looked at.
         const std::string scene =
@@ -287,8 +291,8 @@ TEST_F(SceneText, FontsThatAreOfNoUse)
             std::string(font) + R"(", "face": )" + std::to_string(face) + R"(, "height": 1}}})";
         const CommandRun drawn = run_.draw(scene, "return {}");
         EXPECT_EQ(drawn.exitCode, 2) << font;
-        EXPECT_EQ(drawn.errors, "quor: " + run_.scenePath() + ": textStyles.B: font " +
-                                    run_.folder().path(font) + ": " + reason + "\n");
+        EXPECT_EQ(drawn.errors, "quor: " + run_.scenePath() + ": textStyles.B: font " + folder +
+                                    sys::inSystemForm("/") + font + ": " + reason + "\n");
     }
 }
 
@@ -297,7 +301,7 @@ TEST_F(SceneText, FontsPathIsInTheTerminalsCharacterSet)
     const std::string scene = R"({"textStyle": "A", "textStyles": {"A": {"font": "阀.ttf", "height": 5}}})";
     run_.folder().write("阀.ttf", latin().bytes());
     EXPECT_EQ(run_.draw(scene, "return {}").exitCode, 0);
-    run_.folder().write("\xB7\xA7.ttf", wide().bytes());
+    run_.folder().write(testsystem::argumentInGbk("阀", "\xB7\xA7") + ".ttf", wide().bytes());
     const std::string script =
         run_.folder().write("s.lua", "function main() return {{26, "
                                      "{glib.getCurrentTxtstyle():getlen('H'), 0, 0}, 1}} end");

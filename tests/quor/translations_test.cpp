@@ -111,12 +111,7 @@ TEST(LibrarysMessages, AreFoundByThisTest)
 
 TEST(LibrarysMessages, AreAllInTheTemplateForTranslators)
 {
-    // The template has no translations, and what has none is not compiled.
-    const ScratchFolder scratch;
-    ASSERT_EQ(runProgram({"msgen", sourceFolder + "QuorScriptor.pot", "-o", scratch.path("a.po")}).exitCode,
-              0);
-    ASSERT_EQ(runProgram({"msgfmt", scratch.path("a.po"), "-o", scratch.path("a.mo")}).exitCode, 0);
-    EXPECT_EQ(keysOf(quor::readCatalogue(scratch.path("a.mo"))), libraryTexts());
+    EXPECT_EQ(keysOf(quor::readCatalogue(QUOR_TEST_CATALOGUES "/template.mo")), libraryTexts());
 }
 
 TEST(Translations, ArePresentForEveryMessageAndForNothingElse)

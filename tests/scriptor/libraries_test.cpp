@@ -98,10 +98,12 @@ TEST_F(SearchPaths, AreAppendedInOrder)
 {
     const std::string bin = folder.path("inst/bin");
     const std::string platform = QuorSystem::quorFullPlatformPath();
-    EXPECT_THAT(shown("package.path"),
-                EndsWith(";" + bin + "/?.lua;" + bin + "/utils/?.lua;" + platform + "/?.lua"));
-    EXPECT_THAT(shown("package.cpath"), EndsWith(";" + platform + "/?.so"));
-    EXPECT_THAT(shown("package.path"), HasSubstr("./?.lua;")) << "what was there before stays in front";
+    EXPECT_THAT(shown("package.path"), EndsWith(sys::inSystemForm(";" + bin + "/?.lua;" + bin +
+                                                                  "/utils/?.lua;" + platform + "/?.lua")));
+    EXPECT_THAT(shown("package.cpath"),
+                EndsWith(sys::inSystemForm(";" + platform + "/?") + sys::nativeModuleSuffix));
+    EXPECT_THAT(shown("package.path"), HasSubstr(sys::inSystemForm("./?.lua;")))
+        << "what was there before stays in front";
 }
 
 TEST_F(SearchPaths, LetScriptsRequireTheInstallationsModules)
@@ -115,7 +117,7 @@ TEST_F(SearchPaths, LetScriptsRequireTheInstallationsModules)
 TEST_F(SearchPaths, SetPackagePathLeavesTheBinFolderAlone)
 {
     EXPECT_EQ(kept([&] { return scriptor.setPackagePath(), 0; }), 0);
-    EXPECT_EQ(shown("package.path"), folder.path("inst/bin") + "/?.lua");
+    EXPECT_EQ(shown("package.path"), folder.path("inst/bin/?.lua"));
 }
 
 TEST_F(SearchPaths, SetPackagePathMakesAMissingPackageTable)
@@ -123,7 +125,7 @@ TEST_F(SearchPaths, SetPackagePathMakesAMissingPackageTable)
     for (const char* missing : {"nil", "5", "'text'", "false"}) {
         run(std::string("package = ") + missing);
         EXPECT_EQ(kept([&] { return scriptor.setPackagePath(), 0; }), 0);
-        EXPECT_EQ(shown("package.path"), folder.path("inst/bin") + "/?.lua") << missing;
+        EXPECT_EQ(shown("package.path"), folder.path("inst/bin/?.lua")) << missing;
         EXPECT_EQ(shown("package.cpath"), "nil") << missing;
     }
 }

@@ -63,7 +63,8 @@ public:
     std::string path(const std::string& name = "") const { return sys::join(folder_, name); }
     std::string write(const std::string& name, const std::string& bytes) const
     {
-        std::filesystem::create_directories(folder_ / std::filesystem::path(name).parent_path());
+        // The folders alone: a name may be no text.
+        std::filesystem::create_directories(folder_ / name.substr(0, name.rfind('/') + 1));
         std::ofstream(path(name), std::ios::binary) << bytes;
         return path(name);
     }

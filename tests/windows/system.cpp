@@ -87,6 +87,8 @@ std::filesystem::path makeFolder(const std::string& prefix)
     }
 }
 
+const char* const nativeModuleSuffix = ".dll";
+
 std::string inSystemForm(std::string path)
 {
     std::replace(path.begin(), path.end(), '/', '\\');

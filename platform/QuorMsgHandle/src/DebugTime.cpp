@@ -21,6 +21,8 @@ struct Timer {
 
 constexpr short slotCount = 64;
 
+#if !defined(_WIN32)
+
 // A thread's timers, made at its first call. The pointer lies in the loader's fixed block, where access is
 // one instruction. All per-thread data of a library goes there together, and what is left of that block is
 // small when a host loads the library late: so the timers themselves lie elsewhere.
@@ -29,10 +31,17 @@ constexpr short slotCount = 64;
 #endif
 constinit thread_local Timer* known = nullptr;
 
+#endif
+
 struct Timers {
     Timer slots[slotCount];
 
-    ~Timers() { known = nullptr; }
+#if !defined(_WIN32)
+    ~Timers()
+    {
+        known = nullptr;
+    }
+#endif
 };
 
 constinit std::atomic<bool> clockOn{false};
@@ -40,14 +49,18 @@ constinit std::atomic<bool> clockOn{false};
 [[gnu::noinline]] Timer* findTimers()
 {
     auto* timers = platform::perThread<Timers>();
-    known = timers == nullptr ? nullptr : timers->slots;
-    return known;
+    return timers == nullptr ? nullptr : timers->slots;
 }
 
 /// The thread's timers; null where there are none.
 Timer* allTimers()
 {
-    return known == nullptr ? findTimers() : known;
+#if defined(_WIN32)
+    return findTimers(); // a variable of the thread is no shorter way there
+#else
+    if (known == nullptr) known = findTimers();
+    return known;
+#endif
 }
 
 /// The slot's timer; null for a number that is no slot, too.
