@@ -22,6 +22,11 @@ if(WIN32)
     target_link_libraries(Quor::Lua INTERFACE ${QUOR_LUA_LIBRARY})
     # A program finds its DLLs in its own folder.
     configure_file(${QUOR_LUA_DLL} ${CMAKE_BINARY_DIR}/bin/lua51.dll COPYONLY)
+    if(QUOR_INSTALL) # no package manager would bring it
+        install(FILES ${QUOR_LUA_DLL} DESTINATION ${CMAKE_INSTALL_BINDIR})
+        install(FILES ${QUOR_LUA_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        install(DIRECTORY ${QUOR_LUA_INCLUDE_DIR}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lua5.1)
+    endif()
 else()
     find_package(PkgConfig REQUIRED)
     pkg_check_modules(QUOR_LUA_ENGINE REQUIRED IMPORTED_TARGET ${QUOR_LUA})

@@ -35,7 +35,7 @@ function(quor_test name)
         # Each program once: under Wine a program takes longer to start than most tests to run.
         add_test(NAME program.${name} COMMAND ${name} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
     else()
-        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
+        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES NO_PRETTY_TYPES
                              WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
     endif()
 

@@ -25,9 +25,14 @@ debian_source() (
     local lists=$windows_prefix/apt
     local own=(-o "Dir::Etc::sourcelist=/dev/null" -o "Dir::Etc::sourceparts=$lists/parts"
         -o "Dir::State::lists=$lists/state" -o "Dir::Cache=$lists/cache" -o "APT::Sandbox::User=$(id -un)")
-    if [[ ! -d $lists/parts ]]; then
+    if [[ ! -f $lists/fresh ]]; then
+        rm -rf "$lists"
         source_lists "$lists"
-        apt-get "${own[@]}" update -q >&2 || say "the lists of sources are not complete; trying with those that are there"
+        if apt-get "${own[@]}" update -q >&2; then
+            touch "$lists/fresh"
+        else
+            say "the lists of sources are not complete; trying with those that are there"
+        fi
     fi
     rm -rf "$windows_prefix/download" "$2"
     mkdir -p "$windows_prefix/download" "$(dirname "$2")"
@@ -78,10 +83,10 @@ copy_headers() {
 
 windows_libraries() {
     need "${windows_packages[@]}"
-    [[ -f $windows_prefix/bin/lua51.dll ]] || { say 'builds Lua for Windows' && build_lua; }
+    [[ -f $windows_prefix/include/lua5.1/lua.hpp ]] || { say 'builds Lua for Windows' && build_lua; }
     [[ -f $windows_prefix/lib/libfreetype.a ]] || { say 'builds FreeType for Windows' && build_freetype; }
     [[ -f $windows_prefix/lib/libfmt.a ]] || { say 'builds fmt for Windows' && build_fmt; }
-    [[ -f $windows_prefix/include/CLI/CLI.hpp ]] || copy_headers
+    [[ -d $windows_prefix/share/cmake/nlohmann_json ]] || copy_headers
 }
 
 [[ ${BASH_SOURCE[1]:-} != *windows.sh ]] || return 0

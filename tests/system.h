@@ -27,6 +27,24 @@ inline std::string join(const std::filesystem::path& folder, const std::string& 
     return name.empty() ? whole : whole + inSystemForm('/' + name);
 }
 
+/// As long as it lives, the C library's locale writes numbers with a comma, if the system has or can make
+/// one.
+class CommaLocale {
+public:
+    CommaLocale();
+    ~CommaLocale();
+    CommaLocale(const CommaLocale&) = delete;
+    CommaLocale& operator=(const CommaLocale&) = delete;
+
+    bool isSet() const { return isSet_; }
+
+private:
+    std::string before_;
+    std::filesystem::path folder_;
+    std::optional<std::string> placesBefore_;
+    bool isSet_ = false;
+};
+
 /// How the name of a native module ends.
 extern const char* const nativeModuleSuffix;
 

@@ -29,6 +29,23 @@ std::filesystem::path makeFolder(const std::string& prefix)
     return std::filesystem::canonical(name);
 }
 
+CommaLocale::CommaLocale() : before_(std::setlocale(LC_ALL, nullptr)), folder_(makeFolder("quor-locale"))
+{
+    const std::string place = folder_.string();
+    const bool isMade =
+        std::system(("localedef -i de_DE -f UTF-8 '" + place + "/de_DE.UTF-8' 2>&1").c_str()) == 0;
+    if (const char* places = std::getenv("LOCPATH")) placesBefore_ = places;
+    setEnvironment("LOCPATH", place.c_str());
+    isSet_ = isMade && std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
+}
+
+CommaLocale::~CommaLocale()
+{
+    std::setlocale(LC_ALL, before_.c_str());
+    setEnvironment("LOCPATH", placesBefore_ ? placesBefore_->c_str() : nullptr);
+    std::filesystem::remove_all(folder_);
+}
+
 const char* const nativeModuleSuffix = ".so";
 
 std::string inSystemForm(std::string path)

@@ -87,6 +87,17 @@ std::filesystem::path makeFolder(const std::string& prefix)
     }
 }
 
+CommaLocale::CommaLocale()
+    : before_(std::setlocale(LC_ALL, nullptr)),
+      isSet_(std::setlocale(LC_ALL, "German_Germany.1252") != nullptr)
+{
+}
+
+CommaLocale::~CommaLocale()
+{
+    std::setlocale(LC_ALL, before_.c_str());
+}
+
 const char* const nativeModuleSuffix = ".dll";
 
 std::string inSystemForm(std::string path)
