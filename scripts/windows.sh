@@ -23,7 +23,10 @@ names_on_windows() {
     sed -n 's/.*<testcase name="\([^"]*\)".*/\1/p' build/mingw/tests.xml | grep -v '^program\.'
 }
 
-names_on_linux() { ctest --preset dev -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p'; }
+# CTest calls the tests of the first type of a suite NAME.test<0>, the program itself NAME/0.test.
+names_on_linux() {
+    ctest --preset dev -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p' | sed 's|^\([^.]*\)\.\(.*\)<\([0-9]*\)>$|\1/\3.\2|'
+}
 
 # The numbers of all reports added up; a skipped test is a test case whose result says so.
 sum() { cat "$reports"/*.xml | sed -n "s/.*<testsuites .*\b$1=\"\([0-9]*\)\".*/\1/p" | awk '{ sum += $1 } END { print sum + 0 }'; }
