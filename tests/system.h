@@ -65,7 +65,7 @@ public:
 
 private:
     std::string path_;
-    void* handle_ = nullptr;
+    [[maybe_unused]] void* handle_ = nullptr; ///< where the system has one
 };
 
 /// Locks a file as a program does that works on it. Whether others can open it is the system's affair.
