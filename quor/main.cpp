@@ -35,7 +35,7 @@ int run(int count, char** arguments)
     quor::Action action;
     program.set_version_flag("--version", std::string("quor ") + Quor::version(),
                              "Print the version and exit");
-    program.allow_windows_style_options(false); // "/work/valve.lua" is a path
+    program.allow_windows_style_options(false); // "/valves/gate.lua" is a path
     program.require_subcommand(0, 1);           // a later argument is never taken for another subcommand
     quor::addAsk(program, action);
     quor::addCall(program, action);

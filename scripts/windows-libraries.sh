@@ -42,30 +42,30 @@ debian_source() (
 )
 
 build_lua() {
-    local source=$windows_prefix/source/lua work=$windows_prefix/work/lua file
+    local source=$windows_prefix/source/lua objects=$windows_prefix/objects/lua file
     [[ -d $source ]] || debian_source lua5.1 "$source"
-    mkdir -p "$work" "$windows_prefix"/{bin,lib,include/lua5.1}
+    mkdir -p "$objects" "$windows_prefix"/{bin,lib,include/lua5.1}
     for file in "$source"/src/*.c; do
         case $(basename "$file") in
         lua.c | luac.c | print.c) ;; # the programs, not the library
         # The compiler's own printf, which writes exponents as other systems do: 1e+15, not 1e+015.
-        *) x86_64-w64-mingw32-gcc-posix -O2 -DLUA_BUILD_AS_DLL -D__USE_MINGW_ANSI_STDIO=1 -c "$file" -o "$work/$(basename "$file" .c).o" ;;
+        *) x86_64-w64-mingw32-gcc-posix -O2 -DLUA_BUILD_AS_DLL -D__USE_MINGW_ANSI_STDIO=1 -c "$file" -o "$objects/$(basename "$file" .c).o" ;;
         esac
     done
-    x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$work"/*.o \
+    x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$objects"/*.o \
         "-Wl,--out-implib,$windows_prefix/lib/liblua51.dll.a"
     # For a host in the tests that brings an interpreter of its own.
-    x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_static.a" "$work"/*.o
+    x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_static.a" "$objects"/*.o
     cp "$source"/src/{lua.h,lauxlib.h,lualib.h,luaconf.h} "$source/etc/lua.hpp" "$windows_prefix/include/lua5.1/"
 }
 
 # build_with_cmake NAME PACKAGE OPTION...: a library from its Debian source, installed in our prefix.
 build_with_cmake() {
-    local name=$1 source=$windows_prefix/source/$1 work=$windows_prefix/work/$1
+    local name=$1 source=$windows_prefix/source/$1 objects=$windows_prefix/objects/$1
     [[ -d $source ]] || debian_source "$2" "$source"
-    cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_MESSAGE=NEVER \
+    cmake -S "$source" -B "$objects" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_MESSAGE=NEVER \
         -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw.cmake" -DCMAKE_INSTALL_PREFIX="$windows_prefix" "${@:3}"
-    cmake --build "$work" --target install
+    cmake --build "$objects" --target install
 }
 
 build_freetype() {

@@ -9,6 +9,13 @@
 
 namespace platform {
 
+/// The calling thread's T, made at the first call and destroyed when the thread ends. Null when memory runs
+/// out, and when it is destroyed for good: a script's collectors may still run, and ask, behind that. A
+/// library uses one type for one thing. The T lies in a block of its own: what a library itself keeps per
+/// thread must be small, or no host can load it late.
+template<class T>
+T* perThread() noexcept;
+
 #if defined(_WIN32)
 
 /// A slot of the system's for one pointer per thread. Not `thread_local`: this compiler's run-time library
@@ -42,9 +49,6 @@ private:
     DWORD index_;
 };
 
-/// The calling thread's T, made at the first call and destroyed when the thread ends, or the library is given
-/// back. Null when memory runs out, and when it is destroyed for good: a script's collectors may still run,
-/// and ask, behind that. A library uses one type for one thing.
 template<class T>
 T* perThread() noexcept
 {
@@ -62,12 +66,6 @@ struct ThreadOwner {
     static inline constinit thread_local bool isGone = false;
 };
 
-/// The calling thread's T, made at the first call and destroyed when the thread ends. Null when memory runs
-/// out, and behind its destruction: a script's collectors may still run, and ask, there. A library uses one
-/// type for one thing.
-///
-/// The T lies in a block of its own: what a library keeps per thread must be small, or no host can load it
-/// late.
 template<class T>
 T* perThread() noexcept
 {

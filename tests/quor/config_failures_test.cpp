@@ -64,12 +64,11 @@ TEST_F(ConfigFailures, ScriptThatDoesNotRunToItsEndIsNamedWithItsReason)
 TEST_F(ConfigFailures, FolderOrPipeInTheScriptsPlaceIsNoScript)
 {
     std::filesystem::create_directory(path(projectScript));
-    const std::string isNoFile = "Is a directory";
     const CommandRun folder = run(askSpec);
     EXPECT_EQ(folder.exitCode, 1);
     EXPECT_THAT(
         folder.errors,
-        AllOf(StartsWith("cannot open " + systemPath(projectScript) + ": " + isNoFile + "\n"),
+        AllOf(StartsWith("cannot open " + systemPath(projectScript) + ": Is a directory\n"),
               EndsWith(systemPath(projectScript) + ": it cannot be read, compiled or run to its end\n")));
 
     std::filesystem::remove(path(systemScript));

@@ -1,6 +1,7 @@
 // Two copies of the sample that differ in little, each with a scriptor of its own, in one process and on one
 // thread.
 
+#include "../glib/SilentFunctor.h"
 #include "scriptor_fixture.h"
 
 #include <QuorCommon/QuorCommon.h>
@@ -165,26 +166,10 @@ TEST_F(SideBySide, DrawingAttributesOfOneDoNotColourTheOther)
 }
 
 /// Answers a view direction.
-class ViewFunctor final : public GlibScriptFunctor {
+class ViewFunctor final : public SilentFunctor {
 public:
     explicit ViewFunctor(double x) : x_(x) {}
 
-    bool getCurrentObjectId(KxDbObjectId&) const override { return false; }
-    bool getIsoPoint(int, KxGePoint3D&) const override { return false; }
-    bool getDefaultIsoMat(KxGeMatrix3D&) const override { return false; }
-    bool getIsoVgdir(unsigned short, unsigned short, KxGeVector3D&) const override { return false; }
-    bool getNormalIsoMat4(unsigned short, unsigned short, unsigned short, unsigned short,
-                          KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getNormalIsoMat(unsigned short, unsigned short, KxGeMatrix3D&) const override { return false; }
-    bool getArcIsoMat(unsigned short, unsigned short, unsigned short, KxGeMatrix3D&) const override
-    {
-        return false;
-    }
-    bool getRefIsoMat(KxGeMatrix3D&, int, int) const override { return false; }
-    void* getCurrentObjectPointer() const override { return nullptr; }
     bool getPsView(KxGeVector3D& direction) const override
     {
         direction.set(x_, 0, 0);
