@@ -26,10 +26,12 @@ function(quor_test name)
     if(NOT TARGET quor_test_main)
         add_library(quor_test_main OBJECT ${repository}/tests/main.cpp ${repository}/tests/${QUOR_SYSTEM}/system.cpp)
         target_link_libraries(quor_test_main PRIVATE quor_options GTest::gmock)
+        target_compile_options(quor_test_main PRIVATE ${QUOR_TEST_OPTIONS})
     endif()
 
     add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:quor_test_main>)
     target_link_libraries(${name} PRIVATE ${arg_USES} quor_options GTest::gmock)
+    target_compile_options(${name} PRIVATE ${QUOR_TEST_OPTIONS})
     target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${QUOR_ROOT_DRIVE}${repository}")
     if(CMAKE_CROSSCOMPILING)
         # Each program once: under Wine a program takes longer to start than most tests to run.

@@ -178,12 +178,15 @@ TEST_F(ExhaustedMemory, LeavesAThreadWithTheDefaultStates)
 
 TEST_F(ExhaustedMemory, MakesGettersGiveTheirAnswerOrNone)
 {
-    std::string project;
+    // Compiled code would do without the table that is only counted.
+    const std::string interpreted = "if jit then jit.off() end\n";
+    std::string project = interpreted;
     for (const Getter& getter : allGetters())
         if (!getter.isOfSystemScript())
             project += getter.function + " = function(...) return 'ans' .. #{...} .. 'wer' end\n";
     ASSERT_TRUE(loadProject(project));
     ASSERT_TRUE(loadSystem(
+        interpreted +
         "function initConfig() end function escape_dbkey(...) return 'ans' .. #{...} .. 'wer' end"));
     int failuresOfTheLibrary = 0;
     for (const Getter& getter : allGetters()) {
