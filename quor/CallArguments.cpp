@@ -37,7 +37,7 @@ bool startsJson(std::string_view text)
 class JsonText {
 public:
     JsonText(const std::string& text, const std::string& place)
-        : json_(readJsonText(utf8Of(text, place), place)), root_(json_, place)
+        : json_(readJsonText(terminal::utf8From(text, place), place)), root_(json_, place)
     {
     }
     JsonText(const JsonText&) = delete;
@@ -46,16 +46,6 @@ public:
     const JsonNode& root() const { return root_; }
 
 private:
-    static std::string utf8Of(const std::string& text, const std::string& place)
-    {
-        std::size_t strays = 0;
-        std::string utf8 = charset::utf8From(terminal::characterSet(), text, strays);
-        if (strays != 0)
-            throw Failure(WrongUsage, fmt::format("{}: text in {} is expected; {} bytes of it are none",
-                                                  place, terminal::characterSet(), strays));
-        return utf8;
-    }
-
     nlohmann::json json_;
     JsonNode root_;
 };

@@ -153,15 +153,22 @@ std::string utf8From(std::string_view bytes)
     return charset::utf8From(characterSet(), bytes, strays);
 }
 
-std::string gbkFrom(std::string_view bytes, const std::string& place)
+std::string utf8From(std::string_view bytes, const std::string& place)
 {
     std::size_t strays = 0;
-    const std::string utf8 = charset::utf8From(characterSet(), bytes, strays);
+    std::string utf8 = charset::utf8From(characterSet(), bytes, strays);
     if (strays != 0)
-        throw Failure(WrongUsage, fmt::format("{}: text in {} is expected; {} bytes of it are none", place,
-                                              characterSet(), strays));
+        throw Failure(WrongUsage,
+                      fmt::format("{}: text in {} is expected; {} of it {} none", place, characterSet(),
+                                  strays == 1 ? "1 byte" : fmt::format("{} bytes", strays),
+                                  strays == 1 ? "is" : "are"));
+    return utf8;
+}
+
+std::string gbkFrom(std::string_view bytes, const std::string& place)
+{
     std::string gbk;
-    if (!charset::gbkFromUtf8(utf8, gbk))
+    if (!charset::gbkFromUtf8(utf8From(bytes, place), gbk))
         throw Failure(WrongUsage, place + ": text that GBK can write is expected; a character in it has no "
                                           "place there");
     return gbk;

@@ -28,8 +28,10 @@ bool namesAreUtf8();
 
 /// An argument as UTF-8; bytes that are no characters are kept (see CharacterSet.h).
 std::string utf8From(std::string_view bytes);
-/// An argument as a text for a script. A `Failure` (wrong usage) that begins with `place` when it cannot be
-/// written in GBK.
+/// An argument. A `Failure` (wrong usage) that begins with `place` when it is no text.
+std::string utf8From(std::string_view bytes, const std::string& place);
+/// An argument as a text for a script. A `Failure` (wrong usage) that begins with `place` when it is no
+/// text or cannot be written in GBK.
 std::string gbkFrom(std::string_view bytes, const std::string& place);
 
 std::string fromUtf8(std::string_view utf8);

@@ -54,8 +54,10 @@ build_lua() {
     done
     x86_64-w64-mingw32-gcc-posix -shared -s -static-libgcc -o "$windows_prefix/bin/lua51.dll" "$objects"/*.o \
         "-Wl,--out-implib,$windows_prefix/lib/liblua51.dll.a"
-    # For a host in the tests that brings an interpreter of its own.
-    x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_static.a" "$objects"/*.o
+    # For hosts in the tests that bring an interpreter of their own, which tells its version otherwise.
+    x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_other.a" "$objects"/*.o
+    sed -i 's/Lua 5\.1\x00/Lua 5,1\x00/' "$windows_prefix/lib/liblua51_other.a"
+    sed 's/Lua 5\.1\x00/Lua 5,1\x00/' "$windows_prefix/bin/lua51.dll" >"$windows_prefix/lib/lua51_other.dll"
     cp "$source"/src/{lua.h,lauxlib.h,lualib.h,luaconf.h} "$source/etc/lua.hpp" "$windows_prefix/include/lua5.1/"
 }
 
@@ -83,7 +85,7 @@ copy_headers() {
 
 windows_libraries() {
     need "${windows_packages[@]}"
-    [[ -f $windows_prefix/include/lua5.1/lua.hpp ]] || { say 'builds Lua for Windows' && build_lua; }
+    [[ -f $windows_prefix/lib/lua51_other.dll ]] || { say 'builds Lua for Windows' && build_lua; }
     [[ -f $windows_prefix/lib/libfreetype.a ]] || { say 'builds FreeType for Windows' && build_freetype; }
     [[ -f $windows_prefix/lib/libfmt.a ]] || { say 'builds fmt for Windows' && build_fmt; }
     [[ -d $windows_prefix/share/cmake/nlohmann_json ]] || copy_headers

@@ -68,12 +68,17 @@ imports_are_ours() {
     [[ $strangers == 0 ]]
 }
 
-# version_is_told FILE: its resource names the version that the header has.
+# version_is_told FILE: its resource names the version that the header has, in words and as numbers: behind the
+# signature and the structure's own version the file's, then the product's, the major number in an upper half.
 version_is_told() {
-    local version
-    version=$(sed -n 's/^#define QUORSCRIPTOR_VERSION_[MP][A-Z]* \([0-9]*\)$/\1/p' include/QuorScriptor/version.h |
-        paste -sd.)
-    [[ -n $version ]] && strings -el "$1" | grep -A 1 -x ProductVersion | grep -qx "$version"
+    local major minor patch at
+    read -r major minor patch < <(
+        sed -n 's/^#define QUORSCRIPTOR_VERSION_[MP][A-Z]* \([0-9]*\)$/\1/p' include/QuorScriptor/version.h | xargs)
+    [[ -n $patch ]] || return
+    strings -el "$1" | grep -A 1 -x ProductVersion | grep -qx "$major.$minor.$patch" || return
+    at=$(LC_ALL=C grep -obUaP '\xBD\x04\xEF\xFE\x00\x00\x01\x00' "$1" | LC_ALL=C cut -d: -f1) || return
+    [[ $(od -An -v -tu2 -j $((at + 8)) -N 16 -w16 "$1" | xargs) == \
+        "$minor $major 0 $patch $minor $major 0 $patch" ]]
 }
 
 # same_drawing SCRIPT: the command's JSON is the same on both systems, to the byte.

@@ -78,6 +78,9 @@ public:
 
     static const bool excludesOthers;
 
+    /// What stands in the file that is locked, its first 100 bytes.
+    std::string read() const;
+
 private:
     void* handle_ = nullptr;
 };

@@ -88,6 +88,14 @@ FileLock::~FileLock()
     std::fclose(static_cast<std::FILE*>(handle_));
 }
 
+std::string FileLock::read() const
+{
+    char bytes[100];
+    auto* file = static_cast<std::FILE*>(handle_);
+    std::rewind(file);
+    return {bytes, std::fread(bytes, 1, sizeof bytes, file)};
+}
+
 std::vector<std::string> devices()
 {
     return {"/dev/zero", "/dev/null"};

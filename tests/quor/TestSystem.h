@@ -26,21 +26,6 @@ bool protect(const std::string& path);
 void mark(const std::string& path);
 bool isMarked(const std::string& path);
 
-/// As long as it lives, another program has a file open, on Windows for itself alone.
-class HeldOpen {
-public:
-    explicit HeldOpen(const std::string& path);
-    ~HeldOpen();
-    HeldOpen(const HeldOpen&) = delete;
-    HeldOpen& operator=(const HeldOpen&) = delete;
-
-    /// What stands in the file that is held.
-    std::string read() const;
-
-private:
-    void* file_ = nullptr;
-};
-
 /// As long as it lives, a file cannot be read: it has no permissions, or on Windows another program holds it
 /// open for itself.
 class Unreadable {
@@ -55,7 +40,7 @@ public:
 
 private:
     std::string path_;
-    std::unique_ptr<HeldOpen> holder_;
+    std::unique_ptr<sys::FileLock> holder_;
     bool isSo_ = false;
 };
 

@@ -156,7 +156,7 @@ TEST_F(System, OutputThatAnotherProgramHoldsOpenIsNeverHalfWritten)
     const std::string script = scratch_.write("s.lua", onePoint);
     const std::string output = scratch_.write("out.json", "of before");
     {
-        const testsystem::HeldOpen holder(output);
+        const sys::FileLock holder(output);
         const CommandRun run = this->run({"draw", script, "-o", output});
         EXPECT_EQ(run.exitCode, isWindows ? 2 : 0);
         EXPECT_EQ(run.errors,
@@ -172,7 +172,7 @@ TEST_F(System, OutputOfAnEarlierRunThatCannotBeRemovedIsTold)
 {
     const std::string script = scratch_.write("s.lua", "error('no')");
     const std::string output = scratch_.write("out.json", "of before");
-    const testsystem::HeldOpen holder(output);
+    const sys::FileLock holder(output);
     const CommandRun run = this->run({"draw", script, "-o", output});
     EXPECT_EQ(run.exitCode, 1);
     const std::string told = "-o " + output + ": the file of an earlier run cannot be removed\n";

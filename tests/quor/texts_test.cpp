@@ -146,11 +146,15 @@ TEST_F(Texts, ArgumentsThatGbkCannotWriteAreWrongUsage)
     EXPECT_EQ(run.errors,
               "quor: --set a=\U0001F600: text that GBK can write is expected; a character in it has no "
               "place there\n");
-    if (testsystem::isWindows) return; // whose arguments are no bytes
-    const CommandRun bytes =
+}
+
+TEST_F(Texts, ArgumentsThatAreNoTextAreWrongUsage)
+{
+    if (testsystem::isWindows) GTEST_SKIP() << "arguments are no bytes there";
+    const CommandRun run =
         draw("param = {} function main() return {} end", {"--set", "a=\xFF\xFE"}, utf8Terminal);
-    EXPECT_EQ(bytes.exitCode, 2);
-    EXPECT_EQ(bytes.errors, "quor: --set a=\xFF\xFE: text in UTF-8 is expected; 2 bytes of it are none\n");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.errors, "quor: --set a=\xFF\xFE: text in UTF-8 is expected; 2 bytes of it are none\n");
 }
 
 TEST_F(Texts, BackslashAsSecondByteSurvives)

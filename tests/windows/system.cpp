@@ -155,6 +155,15 @@ FileLock::~FileLock()
     CloseHandle(handle_);
 }
 
+std::string FileLock::read() const
+{
+    char bytes[100];
+    DWORD count = 0;
+    SetFilePointer(handle_, 0, nullptr, FILE_BEGIN);
+    ReadFile(handle_, bytes, sizeof bytes, &count, nullptr);
+    return {bytes, count};
+}
+
 std::vector<std::string> devices()
 {
     return {"NUL", R"(\\.\NUL)"};

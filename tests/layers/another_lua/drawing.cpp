@@ -15,7 +15,7 @@ char script[] = R"(
         for i = 1, 100 do records[i] = { 16, { i, 0, 0 }, { 0, rounds, i } } end
         return records
     end
-    function who() return { needxdir = { rounds > 0, type(jit) } } end)";
+    function who() return { needxdir = { rounds > 0, _VERSION .. type(jit) } } end)";
 
 bool load(QuorGlibScriptor& scriptor)
 {

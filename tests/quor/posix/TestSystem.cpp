@@ -54,24 +54,6 @@ std::vector<std::string> waysTo(const std::string& path)
     return {path, "/." + path, path.substr(0, name) + "/" + path.substr(name)};
 }
 
-HeldOpen::HeldOpen(const std::string& path) : file_(std::fopen(path.c_str(), "rb"))
-{
-    if (!file_) throw std::runtime_error("cannot open " + path);
-}
-
-HeldOpen::~HeldOpen()
-{
-    std::fclose(static_cast<std::FILE*>(file_));
-}
-
-std::string HeldOpen::read() const
-{
-    char bytes[100];
-    auto* file = static_cast<std::FILE*>(file_);
-    std::rewind(file);
-    return {bytes, std::fread(bytes, 1, sizeof bytes, file)};
-}
-
 bool protect(const std::string& path)
 {
     return geteuid() != 0 && chmod(path.c_str(), 0400) == 0;

@@ -115,27 +115,6 @@ std::vector<std::string> waysTo(const std::string& path)
     return ways;
 }
 
-HeldOpen::HeldOpen(const std::string& path)
-    : file_(CreateFileW(wide(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                        nullptr))
-{
-    if (file_ == INVALID_HANDLE_VALUE) throw std::runtime_error("cannot open " + path);
-}
-
-HeldOpen::~HeldOpen()
-{
-    CloseHandle(file_);
-}
-
-std::string HeldOpen::read() const
-{
-    char bytes[100];
-    DWORD count = 0;
-    SetFilePointer(file_, 0, nullptr, FILE_BEGIN);
-    ReadFile(file_, bytes, sizeof bytes, &count, nullptr);
-    return {bytes, count};
-}
-
 bool protect(const std::string& path)
 {
     return SetFileAttributesW(wide(path).c_str(), FILE_ATTRIBUTE_READONLY) != 0;
@@ -154,7 +133,7 @@ bool isMarked(const std::string& path)
 }
 
 Unreadable::Unreadable(const std::string& path)
-    : path_(path), holder_(std::make_unique<HeldOpen>(path)), isSo_(true)
+    : path_(path), holder_(std::make_unique<sys::FileLock>(path)), isSo_(true)
 {
 }
 
