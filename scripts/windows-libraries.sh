@@ -57,7 +57,7 @@ build_lua() {
     # For hosts in the tests that bring an interpreter of their own, which tells its version otherwise.
     x86_64-w64-mingw32-ar rcs "$windows_prefix/lib/liblua51_other.a" "$objects"/*.o
     sed -i 's/Lua 5\.1\x00/Lua 5,1\x00/' "$windows_prefix/lib/liblua51_other.a"
-    sed 's/Lua 5\.1\x00/Lua 5,1\x00/' "$windows_prefix/bin/lua51.dll" >"$windows_prefix/lib/lua51_other.dll"
+    sed 's/Lua 5\.1\x00/Lua 5,1\x00/' "$windows_prefix/bin/lua51.dll" >"$windows_prefix/bin/lua51_other.dll"
     cp "$source"/src/{lua.h,lauxlib.h,lualib.h,luaconf.h} "$source/etc/lua.hpp" "$windows_prefix/include/lua5.1/"
 }
 
@@ -85,7 +85,7 @@ copy_headers() {
 
 windows_libraries() {
     need "${windows_packages[@]}"
-    [[ -f $windows_prefix/lib/lua51_other.dll ]] || { say 'builds Lua for Windows' && build_lua; }
+    [[ -f $windows_prefix/bin/lua51_other.dll ]] || { say 'builds Lua for Windows' && build_lua; }
     [[ -f $windows_prefix/lib/libfreetype.a ]] || { say 'builds FreeType for Windows' && build_freetype; }
     [[ -f $windows_prefix/lib/libfmt.a ]] || { say 'builds fmt for Windows' && build_fmt; }
     [[ -d $windows_prefix/share/cmake/nlohmann_json ]] || copy_headers
