@@ -19,7 +19,7 @@ constexpr const char* textChunk = "a precompiled chunk is refused";
 
 /// What of a library stays, or goes.
 constexpr const char* ofSystem[] = {"clock", "date", "difftime", "time"};
-constexpr const char* ofPackage[] = {"loaded", "loaders", "path", "preload", "seeall"};
+constexpr const char* ofPackage[] = {"config", "loaded", "loaders", "path", "preload", "seeall"};
 /// `newproxy` makes values with finalizers, which no time limit ends.
 constexpr const char* goneGlobals[] = {"newproxy"};
 

@@ -1,2 +1,3 @@
 function main() end
-for name in pairs(_G) do if name ~= "main" and name ~= "_G" then rawset(_G, name, nil) end end
+local rawset, globals = rawset, _G
+for name in pairs(globals) do if name ~= "main" then rawset(globals, name, nil) end end

@@ -2,8 +2,6 @@
 
 #include "scriptor_fixture.h"
 
-#include <pthread.h>
-
 using Quor::GlibStatus;
 
 namespace {
@@ -13,26 +11,20 @@ struct Run {
     GlibStatus status;
 };
 
-void* run(void* given)
+void run(void* given)
 {
-    Run& run = *static_cast<Run*>(given);
+    Run& wanted = *static_cast<Run*>(given);
     QuorGlibScriptor scriptor;
-    std::string chunk = run.chunk;
-    run.status = scriptor.loadBuffer(bufferOf(chunk), 100, false);
-    return nullptr;
+    std::string chunk = wanted.chunk;
+    wanted.status = scriptor.loadBuffer(bufferOf(chunk), 100, false);
 }
 
 /// What a chunk's load gives on a thread with a stack of so many kilobytes.
 GlibStatus statusOn(std::size_t kilobytes, const char* chunk)
 {
-    Run given{chunk, GlibStatus::NoState};
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, kilobytes * 1024);
-    pthread_t thread{};
-    if (pthread_create(&thread, &attributes, run, &given) == 0) pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    return given.status;
+    Run wanted{chunk, GlibStatus::NoState};
+    EXPECT_TRUE(sys::runOnStack(kilobytes * 1024, run, &wanted));
+    return wanted.status;
 }
 
 constexpr std::size_t stacks[] = {256, 1024, 8192};
