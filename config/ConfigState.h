@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Limits.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
+#include <QuorPureScriptor/quorlua_helpers.h>
 
 /// The configuration scripts' states, as the getters see them.
 namespace quorconfig {
@@ -37,7 +40,15 @@ Result callConfigFunc(lua_State* L, const char* function, Arguments... arguments
 {
     const Question question;
     if (question.isTooDeep(L, function)) return Result();
+    const quorlua::limits::Operation operation(L);
     return lua_tinker::call<Result>(L, function, arguments...);
+}
+
+/// Whether a configuration script has a function of that name. [-0, +0, -]
+inline bool isDefined(lua_State* L, const char* function)
+{
+    const quorlua::limits::Operation operation(L);
+    return quorlua::is_global_function(L, function);
 }
 
 } // namespace quorconfig

@@ -98,8 +98,8 @@ bool set_escape_dbengine(KxDb::DbType type)
     constexpr const char* function = "set_project_dbengine";
     lua_State* L = getSysConfigLua();
     const bool answer = callConfigFunc<bool>(L, function, static_cast<int>(type));
-    const bool isDefined = quorlua::is_global_function(L, function);
-    return from(isDefined || answer ? AnswerOrigin::Script : AnswerOrigin::None, answer);
+    const bool isThere = isDefined(L, function);
+    return from(isThere || answer ? AnswerOrigin::Script : AnswerOrigin::None, answer);
 }
 
 } // namespace quorconfig

@@ -19,7 +19,7 @@ template<class... Arguments>
 const char* askIfDefined(const char* function, Arguments... arguments)
 {
     lua_State* L = projectState();
-    if (!quorlua::is_global_function(L, function)) return nullptr;
+    if (!isDefined(L, function)) return nullptr;
     return callConfigFunc<const char*>(L, function, arguments...);
 }
 
@@ -132,7 +132,7 @@ bool isPropertyClass_full(QuorAuth::Module module)
 {
     constexpr const char* function = "isPropertyClass_full";
     lua_State* L = projectState();
-    if (!quorlua::is_global_function(L, function)) return from(AnswerOrigin::None, false);
+    if (!isDefined(L, function)) return from(AnswerOrigin::None, false);
     return from(AnswerOrigin::Script, callConfigFunc<bool>(L, function, kxcom::getModuleName(module)));
 }
 

@@ -3,6 +3,7 @@
 
 #include "Context.h"
 #include "Guard.h"
+#include "Limits.h"
 #include "Values.h"
 
 #include <QuorCommon/QuorSystem.h>
@@ -27,12 +28,12 @@ int resultsOf(lua_State* L, Work work)
 
 /// The host object whose pointer a global of the script holds; null when it holds anything else. [-0, +0, m]
 template<class Host>
-const Host* passedPointer(lua_State* frame, const char* global)
+const Host* passedPointer(lua_State* frame, const char* global, limits::Passed which)
 {
     guard::pushGlobal(frame, global);
     const void* pointer = lua_islightuserdata(frame, -1) ? lua_touserdata(frame, -1) : nullptr;
     lua_pop(frame, 1);
-    return static_cast<const Host*>(pointer);
+    return limits::mayBeUsed(frame, which, pointer) ? static_cast<const Host*>(pointer) : nullptr;
 }
 
 template<class Ask>
@@ -50,7 +51,8 @@ template<class Ask, class Push>
 int answer(lua_State* L, Ask ask, Push push)
 {
     return resultsOf(L, [ask, push](lua_State* frame) {
-        const auto* functor = passedPointer<GlibScriptFunctor>(frame, "_glib_pass_functor_pointer");
+        const auto* functor =
+            passedPointer<GlibScriptFunctor>(frame, "_glib_pass_functor_pointer", limits::Passed::Functor);
         currentContext().functor = functor;
         if (!functor || !isAnswered(*functor, ask)) return 0;
         push(frame);
@@ -222,7 +224,8 @@ int getPsView(lua_State* L)
 int getCurrentTxtstyle(lua_State* L)
 {
     return resultsOf(L, [](lua_State* frame) {
-        const auto* style = passedPointer<GlibTextStyle>(frame, "_glib_pass_txtstyle_pointer");
+        const auto* style =
+            passedPointer<GlibTextStyle>(frame, "_glib_pass_txtstyle_pointer", limits::Passed::TextStyle);
         currentContext().textStyle = style;
         if (!style) return 0;
         values::pushTextStyle(frame, style);

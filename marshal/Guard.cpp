@@ -1,5 +1,7 @@
 #include "Guard.h"
 
+#include "Limits.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
 #include <algorithm>
 #include <cstdint>
@@ -144,6 +146,7 @@ namespace detail {
 
 int call(lua_State* L, int arguments, int handler, Task& task)
 {
+    const limits::Operation operation(L);
     if (!pushStored(L, trampolineKey, trampoline)) {
         lua_pop(L, arguments);
         return LUA_ERRMEM;

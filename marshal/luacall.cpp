@@ -1,5 +1,6 @@
 #include "CallFormats.h"
 #include "Guard.h"
+#include "Limits.h"
 #include "Values.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
@@ -131,6 +132,7 @@ Outcome callAndLeaveResults(lua_State* L, const char* function, const char* form
 Outcome callAndRead(lua_State* L, const char* function, const char* format, const CallItem* items,
                     const call::Shape& shape)
 {
+    const limits::Operation operation(L);
     const int top = lua_gettop(L);
     int kept = 0;
     Outcome outcome = callAndLeaveResults(L, function, format, items, shape);

@@ -60,6 +60,7 @@ void addText(CLI::App& command, const char* flag, std::optional<std::string>& te
 void addConfigOptions(CLI::App& command, ConfigOptions& options)
 {
     addFolderOptions(command, options.folders);
+    addLimitOptions(command, options.limits);
     addText(command, "--config", options.file,
             "The project script, in the installation's \"bin\"; default quorModuleSystem.lua", "FILE");
     addText(command, "--init-arg", options.initArg, "Calls the project script's initConfig(TEXT)", "TEXT");
@@ -72,7 +73,8 @@ void addConfigOptions(CLI::App& command, ConfigOptions& options)
 }
 
 ConfigSession::ConfigSession(const ConfigOptions& options)
-    : file_(systemNameOf(options.file, "--config")), initArg_(gbkOf(options.initArg, "--init-arg")),
+    : limit_(options.limits), file_(systemNameOf(options.file, "--config")),
+      initArg_(gbkOf(options.initArg, "--init-arg")),
       userVersion_(gbkOf(options.userVersion, "--user-version")),
       designDbModule_(gbkOf(options.designDbModule, "--design-db-module"))
 {
@@ -134,6 +136,7 @@ void ConfigSession::load(ConfigScript script)
                              ? quorconfig::initSysConfig()
                              : quorconfig::initConfig(textOrNull(file_), textOrNull(initArg_),
                                                       textOrNull(userVersion_), textOrNull(designDbModule_));
+    limit_.check();
     if (isReady) return;
     long long time = 0;
     const char* reason = quorsys::fileModificationTime(systemPathOf(script).c_str(), time)
@@ -147,6 +150,7 @@ void ConfigSession::prepare(ConfigScript script)
     if (std::find(ready_.begin(), ready_.end(), script) != ready_.end()) return;
     ready_.push_back(script);
     terminal::expectPath(systemPathOf(script));
+    limit_.setScript(pathOf(script));
     isSettingUp_ = true;
     const ErrorWatch watch;
     load(script);
@@ -163,10 +167,12 @@ ConfigAnswer ConfigSession::ask(const Getter& getter, const GetterArguments& arg
     answer.getter = &getter;
     answer.arguments = arguments;
     const ErrorWatch watch;
+    limit_.setScript(pathOf(getter.script));
     answer.value = getter.ask(answer.arguments);
     answer.origin = quorconfig::lastAnswerOrigin();
     answer.messages = std::exchange(messages_, {});
     answer.raised = watch.sawErrors();
+    limit_.check();
     // False of a function that failed is no answer of the script's.
     if (answer.raised && std::holds_alternative<bool>(answer.value) && !std::get<bool>(answer.value))
         answer.origin = quorconfig::AnswerOrigin::None;

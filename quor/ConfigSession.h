@@ -3,6 +3,7 @@
 #include "ConfigGetters.h"
 #include "HostFolders.h"
 #include "OutputFile.h"
+#include "ScriptLimit.h"
 
 #include <CLI/CLI.hpp>
 #include <QuorScriptor/getters.h>
@@ -22,6 +23,7 @@ struct ConfigOptions {
     std::optional<std::string> userVersion;
     std::optional<std::string> designDbModule;
     bool permitNull = false;
+    LimitOptions limits;
 };
 
 /// Adds the options, which must outlive the command.
@@ -72,6 +74,7 @@ private:
     std::string systemPathOf(ConfigScript script) const;
 
     const StandardOutputAside aside_; // ends last, since closing a state runs collectors
+    ScriptLimit limit_;               ///< outlives the states
     std::optional<std::string> file_; ///< as the library takes it
     std::optional<std::string> initArg_;
     std::optional<std::string> userVersion_;

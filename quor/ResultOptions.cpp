@@ -39,7 +39,7 @@ void addResultOptions(CLI::App& command, ResultOptions& options, const std::stri
         ->type_name("FILE");
 }
 
-void checkOutput(const ResultOptions& options, const ScriptSession& session)
+void checkOutput(const ResultOptions& options, ScriptSession& session)
 {
     const std::pair<const std::string&, const char*> inputs[] = {{session.path(), "the script"},
                                                                  {session.scenePath(), "the scene"}};
@@ -50,6 +50,7 @@ void checkOutput(const ResultOptions& options, const ScriptSession& session)
             throw Failure(WrongUsage,
                           fmt::format("-o {}: a file other than {} is expected", options.output, name));
     }
+    session.setOutput(options.output);
 }
 
 void withOutput(const ResultOptions& options, const std::function<void()>& work)

@@ -21,8 +21,8 @@ struct ResultOptions {
 void addResultOptions(CLI::App& command, ResultOptions& options, const std::string& defaultFormat,
                       const std::string& text);
 
-/// Throws (wrong usage) when the output is a file that the session reads.
-void checkOutput(const ResultOptions& options, const ScriptSession& session);
+/// Throws (wrong usage) when the output is a file that the session reads; else tells the session of it.
+void checkOutput(const ResultOptions& options, ScriptSession& session);
 
 /// Works, and removes the output of an earlier run when that fails other than by wrong usage. Throws (wrong
 /// usage), and does nothing, for a format that is none and for an output without a name.

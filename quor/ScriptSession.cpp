@@ -174,6 +174,7 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options)
         ->type_name("F")
         ->each([&options](const std::string&) { options.factorGiven = true; });
     addFolderOptions(command, options.folders);
+    addLimitOptions(command, options.limits);
     command
         .add_option("--scene", options.scene,
                     "The scene that answers what the script asks the host; without one it has no answers")
@@ -183,7 +184,7 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options)
     command.footer(scriptHelp);
 }
 
-ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
+ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options), limit_(options.limits)
 {
     if (options.script.empty())
         throw Failure(WrongUsage, "SCRIPT: the path of a script is expected; it is empty");
@@ -201,6 +202,7 @@ ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options)
     static_cast<void>(registered);
 
     findScript();
+    limit_.setScript(path_);
     if (options.sceneGiven) openScene();
 }
 
@@ -273,12 +275,13 @@ void ScriptSession::loadFile()
     scriptor_ = std::make_unique<QuorGlibScriptor>();
     lua_State* L = scriptor_->getLua(false);
     if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path_, describe(GlibStatus::NoState)));
-    lua_tinker::dobuffer(L, standardError, sizeof standardError - 1);
+    if (!options_.limits.untrusted) lua_tinker::dobuffer(L, standardError, sizeof standardError - 1);
     for (const Global& global : globalsOf(L))
         globalsBefore_.push_back(global.name);
 
     const GlibStatus status = scriptor_->loadFile(systemPath_.c_str(), false);
     if (status == GlibStatus::Ok) return;
+    limit_.check();
     const std::string reason = status == GlibStatus::ScriptFailed
                                    ? describe(status, "it cannot be read, compiled or run to its end")
                                    : describe(status);
@@ -297,6 +300,7 @@ void ScriptSession::writeParameters()
     const std::vector<KVParams> given = readParameters(options_.settings, held);
     if (given.empty()) return;
     if (hasParameters && scriptor_->setKeyValues(given, factor_)) return;
+    limit_.check();
     const GlibStatus status = hasParameters ? GlibStatus::ScriptFailed : GlibStatus::TableMissing;
     throw Failure(ScriptFailed, fmt::format("{}: \"param\" cannot be written: {}", path_, describe(status)));
 }
@@ -357,12 +361,13 @@ std::string ScriptSession::placeOf(const char* what, const std::string& name) co
     return fmt::format("{}: {} {}", place, what, terminal::fromGbk(name));
 }
 
-void ScriptSession::failCall(const char* what, const std::string& name, const std::string& reason) const
+void ScriptSession::failCall(const char* what, const std::string& name, const std::string& reason)
 {
+    limit_.check();
     throw Failure(ScriptFailed, fmt::format("{}: {}", placeOf(what, name), reason));
 }
 
-void ScriptSession::checkFunction(const std::string& function) const
+void ScriptSession::checkFunction(const std::string& function)
 {
     if (quorlua::is_global_function(scriptor_->getLua(false), function.c_str())) return;
     failCall("function", function, "the script has no global function of that name\n" + listOfFunctions());
@@ -376,6 +381,7 @@ const GlibTextStyle* ScriptSession::textStyle() const
 void ScriptSession::checkSegment(GlibStatus status, const std::string& segment)
 {
     if (status == GlibStatus::Ok) return;
+    limit_.check();
     std::string text = fmt::format("{}: {}", placeOf("segment", segment), describeCall(status));
     const std::string reason = kxcom::getQuorLastErrorText();
     if (!reason.empty())

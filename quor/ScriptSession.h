@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HostFolders.h"
+#include "ScriptLimit.h"
 
 #include <CLI/CLI.hpp>
 #include <QuorScriptor/QuorGlibScriptor.h>
@@ -22,6 +23,7 @@ struct ScriptOptions {
     HostFolders folders;
     std::string scene;
     bool sceneGiven = false;
+    LimitOptions limits;
     bool quiet = false;
 };
 
@@ -57,14 +59,17 @@ public:
     /// one global function that the script defines.
     std::string chooseSegment(const std::string& wanted);
 
+    /// The file that the result will go to: when the command is ended, an earlier run's is removed.
+    void setOutput(const std::string& path) { limit_.setOutput(path); }
+
     /// Throws what is to be said when `status`, of a call of the segment, is not Ok.
     void checkSegment(Quor::GlibStatus status, const std::string& segment);
 
     /// Throws, with the functions that there are, unless the script has a global function of that name, in
     /// GBK.
-    void checkFunction(const std::string& function) const;
+    void checkFunction(const std::string& function);
     /// Throws that a call of a function, or of a segment as `what` says, failed for a reason.
-    [[noreturn]] void failCall(const char* what, const std::string& name, const std::string& reason) const;
+    [[noreturn]] void failCall(const char* what, const std::string& name, const std::string& reason);
 
     /// The scene's text style; null without one.
     const GlibTextStyle* textStyle() const;
@@ -81,6 +86,7 @@ private:
     bool hasGlobal(std::string_view name) const;
 
     const ScriptOptions& options_;
+    ScriptLimit limit_; ///< outlives the state
     double factor_ = 1;
     std::string path_;
     std::string systemPath_; ///< the same as the library takes it

@@ -1,6 +1,9 @@
 #include "GlobalTable.h"
 #include "KeptBlocks.h"
+#include "Limits.h"
 #include "Modules.h"
+#include "Safeguards.h"
+#include "Untrusted.h"
 
 #include <QuorCommon/QuorSystem.h>
 #include <QuorPureScriptor/lua_tinker.h>
@@ -44,10 +47,20 @@ void registerTextStyle(lua_State* L)
     lua_tinker::class_def<GlibTextStyle>(L, "getfactor", &GlibTextStyle::getfactor);
 }
 
+void openLibraries(lua_State* L)
+{
+    if (quorlua::limits::isUntrusted(L))
+        quorlua::openUntrustedLibraries(L);
+    else
+        luaL_openlibs(L);
+    quorlua::installSafeguards(L);
+    if (quorlua::limits::hasTimeLimit(L)) quorlua::keepHook(L);
+}
+
 /// Leaves the "glib" table as the one result: it stays the stack's bottom value.
 int openBuiltIns(lua_State* L, const SearchPaths& paths)
 {
-    luaL_openlibs(L);
+    openLibraries(L);
     luaL_register(L, "glib", quorlua::getGlibRegFuncForLua());
     const int glib = lua_gettop(L);
     if (*paths.bin) quorlua::addPath(L, paths.bin);
@@ -82,7 +95,7 @@ QuorGlibScriptor::QuorGlibScriptor()
 
 QuorGlibScriptor::~QuorGlibScriptor()
 {
-    if (state_) lua_close(state_);
+    if (state_) quorlua::limits::closeState(state_);
     state_ = nullptr;
     if (!quorlua::kept::holds(fileName_)) std::free(fileName_);
 }
@@ -91,9 +104,14 @@ QuorGlibScriptor& QuorGlibScriptor::operator=(const QuorGlibScriptor& other) = d
 
 void QuorGlibScriptor::initLua()
 {
-    if (state_) lua_close(state_);
+    if (state_) quorlua::limits::closeState(state_);
     state_ = luaL_newstate();
     if (!state_) return;
+    if (!quorlua::limits::limitNewState(state_)) {
+        lua_close(state_);
+        state_ = nullptr;
+        return;
+    }
     bool complete = false;
     try {
         const SearchPaths paths;
@@ -122,7 +140,7 @@ void QuorGlibScriptor::initLua()
     }
     if (complete) return;
     // Half a state is of no use to a script.
-    lua_close(state_);
+    quorlua::limits::closeState(state_);
     state_ = nullptr;
 }
 

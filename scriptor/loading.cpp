@@ -1,5 +1,6 @@
 #include "Context.h"
 #include "KeptBlocks.h"
+#include "Limits.h"
 #include "duplicateText.h"
 
 #include <QuorCommon/quorsys.h>
@@ -27,6 +28,13 @@ char* makeFileName(const char* path)
     return quorlua::duplicateText(path);
 }
 
+/// Runs a buffer; false when it fails.
+bool runBuffer(lua_State* L, const quor_binary& buffer)
+{
+    const quorlua::limits::Operation operation(L);
+    return lua_tinker::dobuffer(L, buffer.data, static_cast<std::size_t>(buffer.length)) == 0;
+}
+
 GlibStatus reportLoaded(lua_State* L, FunctionRightAfterLoadFile* callback)
 {
     try {
@@ -39,7 +47,11 @@ GlibStatus reportLoaded(lua_State* L, FunctionRightAfterLoadFile* callback)
 
 GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* callback)
 {
-    if (!L || lua_tinker::dofile(L, file) != 0) return GlibStatus::ScriptFailed;
+    if (!L) return GlibStatus::ScriptFailed;
+    {
+        const quorlua::limits::Operation operation(L);
+        if (lua_tinker::dofile(L, file) != 0) return GlibStatus::ScriptFailed;
+    }
     return reportLoaded(L, callback);
 }
 
@@ -89,8 +101,8 @@ GlibStatus QuorGlibScriptor::loadBuffer(const quor_binary& buffer, long long tim
     if (isUnchanged(modificationTime_, timeStamp)) return GlibStatus::Ok;
     if (recreate) initLua();
     if (!state_) return lastStatus_ = GlibStatus::ScriptFailed;
-    if (lua_tinker::dobuffer(state_, buffer.data, static_cast<std::size_t>(buffer.length)) != 0) {
-        lua_close(state_);
+    if (!runBuffer(state_, buffer)) {
+        quorlua::limits::closeState(state_);
         state_ = nullptr;
         return lastStatus_ = GlibStatus::ScriptFailed;
     }

@@ -1,6 +1,7 @@
 #include "Context.h"
 #include "Guard.h"
 #include "LastError.h"
+#include "Limits.h"
 #include "Values.h"
 
 #include <QuorPureScriptor/BackupLuaStackTop.h>
@@ -14,6 +15,7 @@ using Quor::GlibStatus;
 namespace {
 
 namespace guard = quorlua::guard;
+namespace limits = quorlua::limits;
 namespace values = quorlua::values;
 
 constexpr int segmentFailedCode = 2003;
@@ -90,9 +92,10 @@ GlibStatus readDirection(lua_State* L, int index, int& needxdir, std::string& te
     return copied ? GlibStatus::Ok : GlibStatus::ScriptFailed;
 }
 
-void setPointerGlobal(lua_State* L, const char* name, const void* pointer)
+void setPointerGlobal(lua_State* L, const char* name, limits::Passed which, const void* pointer)
 {
     if (!L) return;
+    limits::rememberPassed(L, which, pointer);
     guard::run(L, [name, pointer](lua_State* frame) {
         if (pointer)
             lua_pushlightuserdata(frame, const_cast<void*>(pointer));
@@ -107,6 +110,7 @@ void setPointerGlobal(lua_State* L, const char* name, const void* pointer)
 
 GlibStatus QuorGlibScriptor::callSeg(const char* segment)
 {
+    const limits::Operation operation(state_);
     const BackupLuaStackTop height(state_);
     const GlibStatus status = callPlain(state_, segment, 0);
     if (status == GlibStatus::Ok) quorlua::currentContext().reset();
@@ -115,6 +119,7 @@ GlibStatus QuorGlibScriptor::callSeg(const char* segment)
 
 GlibStatus QuorGlibScriptor::callSeg(const char* segment, int& needxdir, std::string& text)
 {
+    const limits::Operation operation(state_);
     const BackupLuaStackTop height(state_);
     GlibStatus status = callPlain(state_, segment, 1);
     if (status != GlibStatus::Ok) return status;
@@ -131,6 +136,7 @@ GlibStatus QuorGlibScriptor::callSeg(const char* segment, int& needxdir, std::st
 GlibStatus QuorGlibScriptor::callSeg(const char* segment, std::vector<Keypoint>& keypoints)
 {
     keypoints.clear();
+    const limits::Operation operation(state_);
     const BackupLuaStackTop height(state_);
     const GlibStatus status = callPlain(state_, segment, 1);
     if (status != GlibStatus::Ok) return status;
@@ -141,6 +147,7 @@ GlibStatus QuorGlibScriptor::callSeg(const char* segment, std::vector<Keypoint>&
 
 GlibStatus QuorGlibScriptor::callSeg(const char* segment, std::vector<QuorPrimary*>& primitives)
 {
+    const limits::Operation operation(state_);
     const BackupLuaStackTop height(state_);
     const GlibStatus status = callPlain(state_, segment, 1);
     return status == GlibStatus::Ok ? parsePrimary(primitives) : status;
@@ -256,11 +263,11 @@ void QuorGlibScriptor::setFunction(const GlibScriptFunctor* functor)
 {
     functor_ = functor;
     quorlua::currentContext().functor = functor;
-    setPointerGlobal(state_, "_glib_pass_functor_pointer", functor);
+    setPointerGlobal(state_, "_glib_pass_functor_pointer", limits::Passed::Functor, functor);
 }
 
 void QuorGlibScriptor::setGlibTextstyle(const GlibTextStyle* style)
 {
     quorlua::currentContext().textStyle = style;
-    setPointerGlobal(state_, "_glib_pass_txtstyle_pointer", style);
+    setPointerGlobal(state_, "_glib_pass_txtstyle_pointer", limits::Passed::TextStyle, style);
 }

@@ -91,6 +91,10 @@ std::vector<std::string> devices();
 /// The system's number of the calling thread.
 unsigned int threadId();
 
+/// Runs work on a thread of its own that has a stack of so many bytes, and waits for it. False when there is
+/// none.
+bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data);
+
 /// What tells the locale that the C library uses on this thread from any other.
 const void* threadLocale();
 

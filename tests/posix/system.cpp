@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <iconv.h>
+#include <pthread.h>
+#include <pthread.h>
 #include <stdexcept>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -141,6 +143,26 @@ std::optional<std::string> utf8FromGbk(std::string_view gbk)
     if (!whole) return std::nullopt;
     utf8.resize(utf8.size() - room);
     return utf8;
+}
+
+bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data)
+{
+    struct Task {
+        void (*work)(void* data);
+        void* data;
+    } task{work, data};
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_t thread{};
+    const auto run = [](void* given) -> void* {
+        const Task* wanted = static_cast<Task*>(given);
+        wanted->work(wanted->data);
+        return nullptr;
+    };
+    const bool started = pthread_attr_setstacksize(&attributes, bytes) == 0 &&
+                         pthread_create(&thread, &attributes, run, &task) == 0;
+    pthread_attr_destroy(&attributes);
+    return started && pthread_join(thread, nullptr) == 0;
 }
 
 } // namespace sys

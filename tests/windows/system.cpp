@@ -231,4 +231,22 @@ std::optional<std::string> utf8FromGbk(std::string_view gbk)
     return utf8;
 }
 
+bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data)
+{
+    struct Task {
+        void (*work)(void* data);
+        void* data;
+    } task{work, data};
+    const auto run = [](void* given) -> DWORD {
+        const Task* wanted = static_cast<Task*>(given);
+        wanted->work(wanted->data);
+        return 0;
+    };
+    const HANDLE thread =
+        CreateThread(nullptr, bytes, run, &task, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (!thread) return false;
+    WaitForSingleObject(thread, INFINITE);
+    return CloseHandle(thread) != 0;
+}
+
 } // namespace sys

@@ -53,6 +53,8 @@ enum class Kept : int {
     Classes,
     /// {class name = metatable}
     ClassNames,
+    /// True where chunks must be source text.
+    TextOnly,
 };
 
 /// Stores the value on top of the stack. [-1, +0, m]

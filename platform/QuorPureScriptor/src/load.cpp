@@ -28,6 +28,24 @@ struct Chunk {
     const char* problem;
 };
 
+bool isTextOnly(lua_State* L)
+{
+    detail::pushKept(L, detail::Kept::TextOnly);
+    const bool textOnly = lua_toboolean(L, -1) != 0;
+    lua_pop(L, 1);
+    return textOnly;
+}
+
+// [-0, +1, -]
+int loadChunk(lua_State* L, const Chunk& chunk)
+{
+#if defined(LUAJIT_VERSION)
+    return luaL_loadbufferx(L, chunk.data, chunk.length, chunk.name, isTextOnly(L) ? "t" : nullptr);
+#else
+    return luaL_loadbuffer(L, chunk.data, chunk.length, chunk.name);
+#endif
+}
+
 void runChunk(lua_State* L, void* data)
 {
     const auto* chunk = static_cast<const Chunk*>(data);
@@ -35,11 +53,23 @@ void runChunk(lua_State* L, void* data)
         lua_pushstring(L, chunk->problem);
         lua_error(L);
     }
-    if (luaL_loadbuffer(L, chunk->data, chunk->length, chunk->name) != 0) lua_error(L);
+    if (chunk->length > 0 && chunk->data[0] == LUA_SIGNATURE[0] && isTextOnly(L)) {
+        lua_pushfstring(L, "%s: a precompiled chunk is refused",
+                        chunk->name + (chunk->name[0] == '@' ? 1 : 0));
+        lua_error(L);
+    }
+    if (loadChunk(L, *chunk) != 0) lua_error(L);
     lua_call(L, 0, 0);
 }
 
 } // namespace
+
+void refuse_precompiled(lua_State* L)
+{
+    if (!L) return;
+    lua_pushboolean(L, 1);
+    detail::keep(L, detail::Kept::TextOnly);
+}
 
 int dofile(lua_State* L, const char* path)
 {

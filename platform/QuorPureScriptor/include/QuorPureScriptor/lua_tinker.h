@@ -45,6 +45,10 @@ QUORPURESCRIPTOR_API int dofile(lua_State* L, const char* path);
 QUORPURESCRIPTOR_API int dobuffer(lua_State* L, const char* data, std::size_t length,
                                   const char* chunkName = "buffer");
 
+/// From now on `dofile` and `dobuffer` take source alone in this state, for its life: precompiled code, which
+/// the interpreter does not check enough, is reported as a script's error is. [-0, +0, m]
+QUORPURESCRIPTOR_API void refuse_precompiled(lua_State* L);
+
 /// The message handler for `lua_pcall`: prints the error value and a traceback of bounded length as one
 /// message and returns the error value as it is. A value that is neither a string nor a number is described
 /// ("(error object is a table value)"), without asking its metamethods. Never raises, whatever memory is

@@ -1,0 +1,42 @@
+#include "../NativeStack.h"
+
+#include <cstdint>
+#include <limits>
+#include <pthread.h>
+
+namespace quorlua {
+namespace {
+
+/// From the lowest address to the one behind the highest; asked once per thread.
+struct Bounds {
+    std::uintptr_t low;
+    std::uintptr_t high;
+};
+
+constinit thread_local Bounds bounds{0, 0};
+
+bool findBounds()
+{
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return false;
+    void* low = nullptr;
+    std::size_t size = 0;
+    const bool found = pthread_attr_getstack(&attributes, &low, &size) == 0;
+    pthread_attr_destroy(&attributes);
+    if (found) bounds = {reinterpret_cast<std::uintptr_t>(low), reinterpret_cast<std::uintptr_t>(low) + size};
+    return found;
+}
+
+} // namespace
+
+NativeStack nativeStack()
+{
+    constexpr std::size_t unknown = std::numeric_limits<std::size_t>::max();
+    // Not the address of a variable: sanitizers keep these elsewhere.
+    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (bounds.high == 0 && !findBounds()) return {unknown, unknown};
+    if (here < bounds.low || here >= bounds.high) return {unknown, unknown};
+    return {bounds.high - bounds.low, here - bounds.low};
+}
+
+} // namespace quorlua

@@ -1,0 +1,2 @@
+function _ALERT(text) error("alert: " .. text) end
+function main() error("first") end

@@ -1,0 +1,3 @@
+function main()
+    os.exit(0)
+end

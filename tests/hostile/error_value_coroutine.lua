@@ -1,0 +1,3 @@
+function main()
+    error(coroutine.create(main))
+end

@@ -1,0 +1,3 @@
+function main()
+    error(0 / 0)
+end

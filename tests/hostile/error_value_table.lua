@@ -1,0 +1,3 @@
+function main()
+    error(setmetatable({}, {__tostring = error, __index = error}))
+end

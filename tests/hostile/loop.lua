@@ -1,0 +1,3 @@
+function main()
+    while true do end
+end

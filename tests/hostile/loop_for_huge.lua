@@ -1,0 +1,3 @@
+function main()
+    for i = 1, math.huge do end
+end

@@ -1,0 +1,3 @@
+function main()
+    table.sort({1, 2, 3}, function() while true do end end)
+end

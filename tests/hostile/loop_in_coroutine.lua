@@ -1,0 +1,3 @@
+function main()
+    coroutine.wrap(function() while true do end end)()
+end

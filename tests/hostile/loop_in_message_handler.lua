@@ -1,0 +1,3 @@
+function main()
+    xpcall(function() error("once") end, function() while true do end end)
+end

@@ -1,0 +1,3 @@
+function main()
+    load(function() return " " end)
+end

@@ -1,0 +1,4 @@
+setmetatable(_G, {__index = function(_, name)
+    while true do end
+end})
+function main() return undefinedName end

@@ -1,0 +1,3 @@
+function main()
+    return (string.gsub("a", ".", function() while true do end end))
+end

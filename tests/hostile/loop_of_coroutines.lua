@@ -1,0 +1,5 @@
+function main()
+    while true do
+        coroutine.resume(coroutine.create(function() while true do end end))
+    end
+end

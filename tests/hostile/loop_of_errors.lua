@@ -1,0 +1,5 @@
+function main()
+    while true do
+        pcall(error, {})
+    end
+end

@@ -1,0 +1,5 @@
+function main()
+    while true do
+        pcall(function() while true do end end)
+    end
+end

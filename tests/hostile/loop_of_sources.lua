@@ -1,0 +1,2 @@
+source = "return loadstring(source)()"
+function main() return loadstring(source)() end

@@ -1,0 +1,4 @@
+function main()
+    local function again() return again() end
+    return again()
+end

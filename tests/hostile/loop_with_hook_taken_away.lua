@@ -1,0 +1,4 @@
+function main()
+    debug.sethook()
+    while true do end
+end

@@ -1,0 +1,4 @@
+function main()
+    local s = "x"
+    while true do s = s .. s end
+end

@@ -1,0 +1,7 @@
+function main()
+    local f = function() end
+    while true do
+        local g = f
+        f = function() return g end
+    end
+end

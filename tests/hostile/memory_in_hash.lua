@@ -1,0 +1,4 @@
+function main()
+    local t = {}
+    for i = 1, math.huge do t["k" .. i] = i end
+end

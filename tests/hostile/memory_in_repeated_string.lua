@@ -1,0 +1,3 @@
+function main()
+    return string.rep("abc", 2 ^ 30)
+end

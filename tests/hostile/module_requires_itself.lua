@@ -1,0 +1,4 @@
+package.preload.circle = function() return require("circle") end
+function main()
+    require("circle")
+end

@@ -1,0 +1,4 @@
+local function down() return (coroutine.wrap(down)()) end
+function main()
+    down()
+end

@@ -1,0 +1,5 @@
+local function down() return (xpcall(error, down)) end
+function main()
+    down()
+    return {}
+end

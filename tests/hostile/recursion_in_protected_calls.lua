@@ -1,0 +1,5 @@
+local function down() return (pcall(down)) end
+function main()
+    down()
+    return {}
+end

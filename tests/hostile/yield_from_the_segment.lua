@@ -1,0 +1,3 @@
+function main()
+    coroutine.yield({})
+end
