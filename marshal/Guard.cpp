@@ -46,6 +46,18 @@ int install(lua_State* L)
     return 0;
 }
 
+/// `lua_cpcall`, once more where a script's finalizer raised while the collector ran: it has had its turn
+/// then. Leaves no error value. [-0, +0, -]
+int callTwice(lua_State* L, lua_CFunction function, void* data)
+{
+    int status = lua_cpcall(L, function, data);
+    if (status != 0) lua_pop(L, 1);
+    if (status != LUA_ERRRUN) return status;
+    status = lua_cpcall(L, function, data);
+    if (status != 0) lua_pop(L, 1);
+    return status;
+}
+
 /// Pushes a stored function. One that a script has put another value in place of is stored anew.
 bool pushStored(lua_State* L, int key, lua_CFunction function)
 {
@@ -53,10 +65,7 @@ bool pushStored(lua_State* L, int key, lua_CFunction function)
     if (lua_tocfunction(L, -1) == function) [[likely]]
         return true;
     lua_pop(L, 1);
-    if (lua_cpcall(L, install, nullptr) != 0) {
-        lua_pop(L, 1);
-        return false;
-    }
+    if (callTwice(L, install, nullptr) != 0) return false;
     lua_rawgeti(L, LUA_REGISTRYINDEX, key);
     return true;
 }
@@ -91,10 +100,7 @@ bool reserve(lua_State* L, int slots)
     for (int reached = std::max(top, LUA_MINSTACK); reached < wanted;) {
         reached = std::min(wanted, 2 * reached - ownSlots);
         int step = reached - top;
-        if (lua_cpcall(L, growStack, &step) != 0) {
-            lua_pop(L, 1);
-            return false;
-        }
+        if (callTwice(L, growStack, &step) != 0) return false;
         if (!lua_checkstack(L, step)) return false;
     }
     return true;

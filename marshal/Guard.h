@@ -46,6 +46,13 @@ struct Task {
     void* work;
 };
 
+/// A task that starts work, which must outlive it.
+template<class Work>
+Task taskOf(Work& work)
+{
+    return {[](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); }, &work};
+}
+
 /// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped.
 int call(lua_State* L, int arguments, int handler, Task& task);
 
@@ -59,7 +66,7 @@ template<class Work>
 bool run(lua_State* L, int arguments, int handler, Work work)
 {
     static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
-    detail::Task task{[](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); }, &work};
+    detail::Task task = detail::taskOf(work);
     return detail::call(L, arguments, handler, task) == 0;
 }
 
@@ -68,6 +75,18 @@ template<class Work>
 bool run(lua_State* L, Work work)
 {
     return reserve(L, 0) && run(L, 0, 0, work);
+}
+
+/// As `run` without arguments, for a caller that tells failures apart: the status of lua_pcall. [-0,
+/// +results,
+/// -]
+template<class Work>
+int statusOf(lua_State* L, Work work)
+{
+    static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
+    if (!reserve(L, 0)) return LUA_ERRMEM;
+    detail::Task task = detail::taskOf(work);
+    return detail::call(L, 0, 0, task);
 }
 
 /// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such

@@ -21,7 +21,7 @@ function target(text,    name) {
 
 function dropPending(consumer,    i) {
     for (i = 1; i <= pending; ++i)
-        print "taken\t" current "\t" taken[i] "\t" (taken[i] ~ /^_ZZN7quorlua5guard3runI.*_4_FUNE/ ? "the guard" : consumer)
+        print "taken\t" current "\t" taken[i] "\t" (taken[i] ~ /^_ZZN7quorlua5guard6detail6taskOfI.*_4_FUNE/ ? "the guard" : consumer)
     pending = 0
 }
 
