@@ -30,7 +30,8 @@ int trampoline(lua_State* L)
 {
     auto* task = reinterpret_cast<detail::Task*>(static_cast<std::uintptr_t>(lua_tonumber(L, -1)));
     lua_settop(L, -2);
-    return task->run(L, task->work);
+    task->results = task->run(L, task->work);
+    return task->results;
 }
 
 int install(lua_State* L)
@@ -157,8 +158,11 @@ int call(lua_State* L, int arguments, int handler, Task& task)
     if (arguments > 0) lua_insert(L, -1 - arguments);
     lua_pushnumber(L, numberOf(&task));
     const int status = lua_pcall(L, arguments + 1, LUA_MULTRET, handler);
-    if (status != 0) lua_pop(L, 1);
-    return status;
+    if (status == 0) return 0;
+    lua_pop(L, 1);
+    // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
+    // then. Work that leaves nothing on the stack is done all the same.
+    return task.results == 0 ? 0 : status;
 }
 
 } // namespace detail

@@ -44,13 +44,17 @@ namespace detail {
 struct Task {
     int (*run)(lua_State* L, void* work);
     void* work;
+    int results = -1; ///< how many there are once the work has ended without an error
 };
 
 /// A task that starts work, which must outlive it.
 template<class Work>
 Task taskOf(Work& work)
 {
-    return {[](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); }, &work};
+    Task task;
+    task.run = [](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); };
+    task.work = &work;
+    return task;
 }
 
 /// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped.
