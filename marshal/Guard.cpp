@@ -147,6 +147,14 @@ void pushGlobal(lua_State* L, const char* name)
     }
 }
 
+void raiseOverflow(lua_State* L, const char* what)
+{
+    // The error takes the frame with it: values at its top make way for the message.
+    constexpr int messageSlots = 4;
+    if (lua_gettop(L) > messageSlots) lua_settop(L, -1 - messageSlots);
+    luaL_error(L, "stack overflow (%s)", what);
+}
+
 namespace detail {
 
 int call(lua_State* L, int arguments, int handler, Task& task)

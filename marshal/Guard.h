@@ -39,6 +39,10 @@ inline bool makeRoom(lua_State* L, int slots)
 /// Pushes a global, nil when a metatable on the globals raises. For use inside guarded work. [-0, +1, m]
 void pushGlobal(lua_State* L, const char* name);
 
+/// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
+/// [-0, +0, v]
+void raiseOverflow(lua_State* L, const char* what);
+
 namespace detail {
 
 struct Task {

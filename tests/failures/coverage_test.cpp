@@ -30,16 +30,19 @@ const std::map<std::string, std::string>& exceptions()
         {"QuorGlibScriptor::parseRtn(", constant},
         {"QuorGlibScriptor::~QuorGlibScriptor()", end},
         {"QuorGlibScriptor::luaClear()", "private"},
-        {"QuorGlibScriptor::isMetreUnit(", "private: what it does is that of UnitFreeNames, as in setKeyValues"},
+        {"QuorGlibScriptor::isMetreUnit(",
+         "private: what it does is that of UnitFreeNames, as in setKeyValues"},
         {"QuorGlibScriptor::setCallParam(", "private: callSeg calls it, guarded"},
         {"QuorGlibScriptorHelper::getL()", constant},
         {"QuorGlibScriptorHelper::getScriptor()", constant},
         {"QuorGlibScriptorHelper::operator=(", constant},
         {"QuorGlibScriptorHelper::~QuorGlibScriptorHelper()", end},
         {"quorlua::LuaLRegHelper::operator=(", constant},
-        {"quorlua::LuaLRegHelper::~LuaLRegHelper()", "the rows of its constructor and of addLuaRegFunc end in it"},
+        {"quorlua::LuaLRegHelper::~LuaLRegHelper()",
+         "the rows of its constructor and of addLuaRegFunc end in it"},
         {"quorlua::LuaSerialize::clear()", "that of getLua, and it takes no memory"},
-        {"quorlua::LuaSerialize::getLua()", "tests/marshal/serializer_memory_test.cpp walks it, in a process of its own"},
+        {"quorlua::LuaSerialize::getLua()",
+         "tests/marshal/serializer_memory_test.cpp walks it, in a process of its own"},
         {"quorlua::LuaSerialize::init()", "that of getLua"},
         {"quorlua::LuaSerialize::m_init", "a variable"},
         {"quorlua::addRegLuaModule(", "that of addLuaRegFunc, for the one registry of the process"},
@@ -88,7 +91,9 @@ TEST(OperationsThatCanFail, AreAllWalked)
     EXPECT_GT(lines.size(), 100u);
     const std::set<std::string> known = knownBeginnings();
     for (const std::string& line : lines) {
-        const auto isBeginning = [&line](const std::string& beginning) { return line.starts_with(beginning); };
+        const auto isBeginning = [&line](const std::string& beginning) {
+            return line.starts_with(beginning);
+        };
         EXPECT_TRUE(std::any_of(known.begin(), known.end(), isBeginning)) << "no row for " << line;
     }
     for (const std::string& beginning : known) {
@@ -101,7 +106,9 @@ TEST(OperationsThatCanFail, HaveOneNameEach)
 {
     const std::vector<std::string> lines = exportedLines();
     for (const Operation& operation : allOperations()) {
-        const auto begins = [&operation](const std::string& line) { return line.starts_with(operation.name); };
+        const auto begins = [&operation](const std::string& line) {
+            return line.starts_with(operation.name);
+        };
         EXPECT_EQ(std::count_if(lines.begin(), lines.end(), begins), 1) << operation.name;
     }
 }

@@ -23,7 +23,10 @@ constexpr const char* litter = R"(
 
 class Finalizers : public testing::TestWithParam<Operation> {
 protected:
-    void SetUp() override { lua_tinker::set_error_outlet([](const char*, std::size_t, void*) {}, nullptr); }
+    void SetUp() override
+    {
+        lua_tinker::set_error_outlet([](const char*, std::size_t, void*) {}, nullptr);
+    }
     void TearDown() override
     {
         lua_tinker::set_error_outlet(nullptr, nullptr);

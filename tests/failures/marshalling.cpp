@@ -188,7 +188,8 @@ Seen lookAtPrimitives(Setting& s)
 Seen lookAtRegistry(Setting& s)
 {
     return Setting::holds(s.L, "type(objects) == 'table'") ? Seen::Whole
-                                               : Setting::holds(s.L, "objects == nil") ? Seen::Old : Seen::Wrong;
+           : Setting::holds(s.L, "objects == nil")         ? Seen::Old
+                                                           : Seen::Wrong;
 }
 
 } // namespace

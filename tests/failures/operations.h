@@ -88,7 +88,8 @@ std::string nameOf(const Operation& operation);
 /// For messages of tests.
 void PrintTo(const Operation& operation, std::ostream* out);
 
-/// Checks what an operation left: the stack's height, the outputs, and what they are together with its result.
+/// Checks what an operation left: the stack's height, the outputs, and what they are together with its
+/// result.
 void checkLeft(Setting& setting, const Operation& operation, bool succeeded);
 
 } // namespace failures

@@ -1,6 +1,6 @@
-// Every sample component, loaded and drawn, with requests for memory refused: that of its state, and that of the
-// library; the one request alone, and all from it on. With QUOR_FULL_SWEEPS set every request has its turn, else
-// every seventh.
+// Every sample component, loaded and drawn, with requests for memory refused: that of its state, and that of
+// the library; the one request alone, and all from it on. With QUOR_FULL_SWEEPS set every request has its
+// turn, else every seventh.
 
 #include "../rationed_memory.h"
 #include "../rationed_states.h"

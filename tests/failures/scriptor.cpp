@@ -162,7 +162,8 @@ template<std::size_t whole>
 Seen lookAtRecords(Setting& s)
 {
     // One stands there before.
-    if (s.records.empty() || !s.records.front().key.empty() || s.records.size() > 1 + whole) return Seen::Wrong;
+    if (s.records.empty() || !s.records.front().key.empty() || s.records.size() > 1 + whole)
+        return Seen::Wrong;
     return s.records.size() == 1 + whole ? Seen::Whole : s.records.size() == 1 ? Seen::Old : Seen::Part;
 }
 
