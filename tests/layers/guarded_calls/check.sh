@@ -19,8 +19,7 @@ entries() { grep -v '^#' "$1" || true; }
 
 for object in "$@"; do
     echo "object $object"
-    "${READELF:-readelf}" -sW "$object"
-    "${OBJDUMP:-objdump}" -r "$object"
+    "${READELF:-readelf}" -s -r -W "$object"
     "${OBJDUMP:-objdump}" -dr --no-show-raw-insn "$object"
 done | awk -f "$here/edges.awk" | "${CXXFILT:-c++filt}" |
     sed 's/std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >/std::string/g' >"$work/edges"

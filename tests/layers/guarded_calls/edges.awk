@@ -27,10 +27,9 @@ function dropPending(consumer,    i) {
 
 /^object / { ++object; part = ""; next }
 /^Symbol table / { part = "symbols"; next }
-/^RELOCATION RECORDS FOR / {
+/^Relocation section / {
     part = "tables"
-    table = $4
-    isTable = table ~ /^\[\.(data|rodata|init_array|fini_array|tdata)/
+    isTable = $3 ~ /^'\.rela?\.(data|rodata|init_array|fini_array|tdata)/
     next
 }
 /^Disassembly of section / {
@@ -57,7 +56,7 @@ part == "symbols" && $4 == "FUNC" && $7 != "UND" {
     next
 }
 
-part == "tables" && isTable && NF == 3 { data[++entries] = object SUBSEP $3; next }
+part == "tables" && isTable && $3 ~ /^R_/ { data[++entries] = object SUBSEP $5; next }
 
 part == "code" && /^[0-9a-f]+ <.*>:$/ {
     if (current != "") dropPending("nothing")
