@@ -32,7 +32,8 @@ int trampoline(lua_State* L)
 {
     auto* task = reinterpret_cast<detail::Task*>(static_cast<std::uintptr_t>(lua_tonumber(L, -1)));
     lua_settop(L, -2);
-    return task->run(L, task->work);
+    task->results = task->run(L, task->work);
+    return task->results;
 }
 
 int install(lua_State* L)
@@ -48,6 +49,18 @@ int install(lua_State* L)
     return 0;
 }
 
+/// `lua_cpcall`, once more where a script's finalizer raised while the collector ran: it has had its turn
+/// then. Leaves no error value. [-0, +0, -]
+int callTwice(lua_State* L, lua_CFunction function, void* data)
+{
+    int status = lua_cpcall(L, function, data);
+    if (status != 0) lua_pop(L, 1);
+    if (status != LUA_ERRRUN) return status;
+    status = lua_cpcall(L, function, data);
+    if (status != 0) lua_pop(L, 1);
+    return status;
+}
+
 /// Pushes a stored function. One that a script has put another value in place of is stored anew.
 bool pushStored(lua_State* L, int key, lua_CFunction function)
 {
@@ -55,10 +68,7 @@ bool pushStored(lua_State* L, int key, lua_CFunction function)
     if (lua_tocfunction(L, -1) == function) [[likely]]
         return true;
     lua_pop(L, 1);
-    if (lua_cpcall(L, install, nullptr) != 0) {
-        lua_pop(L, 1);
-        return false;
-    }
+    if (callTwice(L, install, nullptr) != 0) return false;
     lua_rawgeti(L, LUA_REGISTRYINDEX, key);
     return true;
 }
@@ -93,10 +103,7 @@ bool reserve(lua_State* L, int slots)
     for (int reached = std::max(top, LUA_MINSTACK); reached < wanted;) {
         reached = std::min(wanted, 2 * reached - ownSlots);
         int step = reached - top;
-        if (lua_cpcall(L, growStack, &step) != 0) {
-            lua_pop(L, 1);
-            return false;
-        }
+        if (callTwice(L, growStack, &step) != 0) return false;
         if (!lua_checkstack(L, step)) return false;
     }
     return true;
@@ -142,6 +149,14 @@ void pushGlobal(lua_State* L, const char* name)
     }
 }
 
+void raiseOverflow(lua_State* L, const char* what)
+{
+    // The error takes the frame with it: values at its top make way for the message.
+    constexpr int messageSlots = 4;
+    if (lua_gettop(L) > messageSlots) lua_settop(L, -1 - messageSlots);
+    luaL_error(L, "stack overflow (%s)", what);
+}
+
 namespace detail {
 
 int call(lua_State* L, int arguments, int handler, Task& task)
@@ -154,8 +169,11 @@ int call(lua_State* L, int arguments, int handler, Task& task)
     if (arguments > 0) lua_insert(L, -1 - arguments);
     lua_pushnumber(L, numberOf(&task));
     const int status = lua_pcall(L, arguments + 1, LUA_MULTRET, handler);
-    if (status != 0) lua_pop(L, 1);
-    return status;
+    if (status == 0) return 0;
+    lua_pop(L, 1);
+    // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
+    // then. Work that leaves nothing on the stack is done all the same.
+    return task.results == 0 ? 0 : status;
 }
 
 } // namespace detail

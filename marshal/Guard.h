@@ -39,12 +39,27 @@ inline bool makeRoom(lua_State* L, int slots)
 /// Pushes a global, nil when a metatable on the globals raises. For use inside guarded work. [-0, +1, m]
 void pushGlobal(lua_State* L, const char* name);
 
+/// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
+/// [-0, +0, v]
+void raiseOverflow(lua_State* L, const char* what);
+
 namespace detail {
 
 struct Task {
     int (*run)(lua_State* L, void* work);
     void* work;
+    int results = -1; ///< how many there are once the work has ended without an error
 };
+
+/// A task that starts work, which must outlive it.
+template<class Work>
+Task taskOf(Work& work)
+{
+    Task task;
+    task.run = [](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); };
+    task.work = &work;
+    return task;
+}
 
 /// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped.
 int call(lua_State* L, int arguments, int handler, Task& task);
@@ -59,7 +74,7 @@ template<class Work>
 bool run(lua_State* L, int arguments, int handler, Work work)
 {
     static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
-    detail::Task task{[](lua_State* state, void* self) { return (*static_cast<Work*>(self))(state); }, &work};
+    detail::Task task = detail::taskOf(work);
     return detail::call(L, arguments, handler, task) == 0;
 }
 
@@ -68,6 +83,18 @@ template<class Work>
 bool run(lua_State* L, Work work)
 {
     return reserve(L, 0) && run(L, 0, 0, work);
+}
+
+/// As `run` without arguments, for a caller that tells failures apart: the status of lua_pcall. [-0,
+/// +results,
+/// -]
+template<class Work>
+int statusOf(lua_State* L, Work work)
+{
+    static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
+    if (!reserve(L, 0)) return LUA_ERRMEM;
+    detail::Task task = detail::taskOf(work);
+    return detail::call(L, 0, 0, task);
 }
 
 /// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such

@@ -203,7 +203,7 @@ int prepareWithList(lua_State* L, const char* function, const char* format, va_l
 
 void raiseTooManyArguments(lua_State* L)
 {
-    luaL_error(L, "stack overflow (%s)", "too many arguments");
+    guard::raiseOverflow(L, "too many arguments");
 }
 
 /// Prints the error value on top, which stays there.

@@ -62,7 +62,7 @@ bool requireObjectIdInState(lua_State* L, const KxDbObjectId& id, const char* re
     constexpr int slots = 4;
     if (!L) return false;
     const ObjectKey key(id);
-    if (!guard::makeRoom(L, slots)) luaL_error(L, "stack overflow (%s)", "no room for an object's table");
+    if (!guard::makeRoom(L, slots)) guard::raiseOverflow(L, "no room for an object's table");
     guard::pushGlobal(L, nameOf(registryName));
     lua_newtable(L);
     lua_setfield(L, -2, key.text);

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <memory>
+#include <new>
 
 namespace quorlua {
 namespace {
@@ -54,6 +56,17 @@ luaL_Reg* merge(const luaL_Reg* first, const luaL_Reg* second)
     return nullptr;
 }
 
+/// False, with nothing made, when memory runs out.
+bool makeContainers(LuaLRegHelper::Map*& lists, std::vector<luaL_Reg*>*& merged)
+{
+    std::unique_ptr<LuaLRegHelper::Map> made(new (std::nothrow) LuaLRegHelper::Map);
+    auto* arrays = made ? new (std::nothrow) std::vector<luaL_Reg*> : nullptr;
+    if (!arrays) return false;
+    lists = made.release();
+    merged = arrays;
+    return true;
+}
+
 LuaLRegHelper& registry()
 {
     static LuaLRegHelper helper;
@@ -62,10 +75,16 @@ LuaLRegHelper& registry()
 
 } // namespace
 
-LuaLRegHelper::LuaLRegHelper() : lists_(new Map), merged_(new std::vector<luaL_Reg*>) {}
+LuaLRegHelper::LuaLRegHelper() : lists_(nullptr), merged_(nullptr)
+{
+    // What `get_reg` gives where there was no memory, until there is some for the first list.
+    static Map none;
+    if (!makeContainers(lists_, merged_)) lists_ = &none;
+}
 
 LuaLRegHelper::~LuaLRegHelper()
 {
+    if (!merged_) return;
     for (luaL_Reg* list : *merged_) {
         for (const luaL_Reg* entry = list + 1; list->name && entry->name; ++entry)
             kept::keep(const_cast<char*>(entry->name));
@@ -81,6 +100,7 @@ LuaLRegHelper& LuaLRegHelper::operator=(const LuaLRegHelper& other) = default;
 void LuaLRegHelper::addLuaRegFunc(const char* name, const luaL_Reg* list)
 {
     if (!name || !*name || !list) return;
+    if (!merged_ && !makeContainers(lists_, merged_)) return;
     try {
         const auto [entry, added] = lists_->try_emplace(name, list);
         if (added) return;
@@ -96,11 +116,7 @@ void LuaLRegHelper::addLuaRegFunc(const char* name, const luaL_Reg* list)
 
 void addRegLuaModule(const char* name, const luaL_Reg* list)
 {
-    try {
-        registry().addLuaRegFunc(name, list);
-    } catch (const std::exception&) {
-        // Without memory for the registry itself there is none to add to.
-    }
+    registry().addLuaRegFunc(name, list);
 }
 
 LuaLRegHelper::Map registeredModules()

@@ -79,6 +79,15 @@ lua_CFunction findFunction(const luaL_Reg* list, const char* name)
     return nullptr;
 }
 
+/// The status of lua_pcall.
+int openModule(lua_State* L, const char* name, const luaL_Reg* list)
+{
+    return guard::statusOf(L, [name, list](lua_State* frame) {
+        luaL_register(frame, name, list);
+        return 0;
+    });
+}
+
 int getLuaFile(lua_State* L)
 {
     const auto* scriptor = static_cast<const QuorGlibScriptor*>(lua_touserdata(L, lua_upvalueindex(1)));
@@ -119,14 +128,15 @@ void QuorGlibScriptor::initLua()
         baseTop_ = lua_gettop(state_);
         const quorlua::LuaLRegHelper::Map modules = quorlua::registeredModules();
         for (const auto& [name, list] : modules) {
-            addLib(name.c_str(), list);
+            // A name that is taken by something else leaves that module out, and no other.
+            if (openModule(state_, name.c_str(), list) == LUA_ERRMEM) complete = false;
             const lua_CFunction alert = name == "acadui" ? findFunction(list, "printf") : nullptr;
             if (!alert) continue;
-            guard::run(state_, [alert](lua_State* frame) {
-                lua_pushcfunction(frame, alert);
-                lua_setglobal(frame, "_ALERT");
-                return 0;
-            });
+            complete = complete && guard::run(state_, [alert](lua_State* frame) {
+                           lua_pushcfunction(frame, alert);
+                           lua_setglobal(frame, "_ALERT");
+                           return 0;
+                       });
         }
         complete = complete && guard::run(state_, [this](lua_State* frame) {
                        lua_pushlightuserdata(frame, this);
@@ -146,11 +156,7 @@ void QuorGlibScriptor::initLua()
 
 void QuorGlibScriptor::addLib(const char* name, const luaL_Reg* list) const
 {
-    if (!state_ || !name || !list) return;
-    guard::run(state_, [name, list](lua_State* frame) {
-        luaL_register(frame, name, list);
-        return 0;
-    });
+    if (state_ && name && list) openModule(state_, name, list);
 }
 
 void QuorGlibScriptor::addLibFuncLua(const char* table, const char* name, lua_CFunction function)

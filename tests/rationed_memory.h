@@ -14,11 +14,16 @@ inline thread_local long taken = 0;
 inline thread_local long allowed = -1;
 /// How many requests were refused.
 inline thread_local long refused = 0;
+/// Whether the first refusal is the only one.
+inline thread_local bool refusesOnce = false;
+/// How many blocks were given back.
+inline thread_local long returned = 0;
 
 inline void* take(std::size_t size)
 {
     if (allowed == 0) {
         ++refused;
+        if (refusesOnce) allowed = -1;
         return nullptr;
     }
     if (allowed > 0) --allowed;
@@ -57,10 +62,12 @@ inline const bool librariesAreRationed =
 
 [[gnu::noinline]] void operator delete(void* block) noexcept
 {
+    rationed::returned += block != nullptr;
     std::free(block);
 }
 
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
 {
+    rationed::returned += block != nullptr;
     std::free(block);
 }

@@ -11,15 +11,26 @@ namespace rationed {
 
 /// Requests for more memory that every state is still granted; without end when negative.
 inline int statesLeft = -1;
+/// Whether the first refusal is the only one; how many there were.
+inline bool statesRefuseOnce = false;
+inline long statesRefused = 0;
+/// The blocks that all states hold.
+inline long blocksOfStates = 0;
 
 inline void* allocateForStates(void*, void* block, std::size_t oldSize, std::size_t newSize)
 {
     if (newSize == 0) {
+        blocksOfStates -= block != nullptr;
         std::free(block);
         return nullptr;
     }
-    if (newSize > oldSize && statesLeft == 0) return nullptr;
+    if (newSize > oldSize && statesLeft == 0) {
+        ++statesRefused;
+        if (statesRefuseOnce) statesLeft = -1;
+        return nullptr;
+    }
     if (newSize > oldSize && statesLeft > 0) --statesLeft;
+    blocksOfStates += block == nullptr;
     return std::realloc(block, newSize);
 }
 

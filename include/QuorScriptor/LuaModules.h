@@ -14,6 +14,7 @@ class QUORSCRIPTOR_API LuaLRegHelper {
 public:
     using Map = std::map<std::string, const luaL_Reg*>;
 
+    /// Empty, also where memory runs out: what it needs is then made with the first list.
     LuaLRegHelper();
     /// Frees the merged arrays. Of the names in them only the first of each array is freed; the others stay
     /// allocated, because a state may still hold pointers to them.

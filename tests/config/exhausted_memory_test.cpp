@@ -15,6 +15,21 @@ using rationed::statesLeft;
 /// Which memory runs out: the library's own, or that of the states.
 enum class Memory { OfTheLibrary, OfStates };
 
+/// What runs out, and whether one request alone is refused or all from it on.
+struct Shortage {
+    Memory memory;
+    bool once;
+};
+constexpr Shortage shortages[] = {{Memory::OfTheLibrary, false},
+                                  {Memory::OfTheLibrary, true},
+                                  {Memory::OfStates, false},
+                                  {Memory::OfStates, true}};
+
+long refusals()
+{
+    return rationed::refused + rationed::statesRefused;
+}
+
 void grant(Memory memory, int requests)
 {
     (memory == Memory::OfStates ? static_cast<void>(statesLeft = requests)
@@ -38,14 +53,17 @@ protected:
     {
         statesLeft = -1;
         rationed::allowed = -1;
+        refuseOnce(false);
     }
+
+    static void refuseOnce(bool once) { rationed::statesRefuseOnce = rationed::refusesOnce = once; }
 
     /// Runs an operation with so many requests granted. What it prints where "_ALERT" fails is not shown.
     template<class Operation>
     static auto with(Memory memory, int requests, Operation operation)
     {
         testing::internal::CaptureStderr();
-        rationed::refused = 0;
+        rationed::refused = rationed::statesRefused = 0;
         grant(memory, requests);
         const auto result = operation();
         grant(memory, -1);
@@ -64,7 +82,7 @@ protected:
         for (int granted = 0; granted < most; ++granted) {
             takeFreshSlots();
             if (with(memory, granted, operation)) {
-                if (rationed::refused == 0) return failures;
+                if (refusals() == 0) return failures;
                 continue; // it could do without
             }
             ++failures;
@@ -89,7 +107,7 @@ protected:
             const std::string answer = textOr(text);
             lua_gc(L, LUA_GCRESTART, 0);
             EXPECT_EQ(lua_gettop(L), 1) << getter.name << " with " << granted;
-            if (answer == expected && rationed::refused == 0) return granted;
+            if (answer == expected && refusals() == 0) return granted;
             if (answer == expected) continue;
             EXPECT_NE(std::count(others.begin(), others.end(), answer), 0)
                 << answer << " from " << getter.name << " with " << granted;
@@ -115,7 +133,8 @@ TEST_F(ExhaustedMemory, FailsTheFirstLoadAndNoneAfterIt)
     const std::string longName = "a-script-whose-name-no-text-holds-within-itself.lua";
     write(longName, setUp + std::string("for i = 1, 20 do _G['v' .. i] = {} end"));
     write("again.lua", "function getProjectUser() return 'again' end");
-    for (const Memory memory : {Memory::OfTheLibrary, Memory::OfStates}) {
+    for (const auto& [memory, once] : shortages) {
+        refuseOnce(once);
         const int failures = walk(
             memory, [&] { return initConfig(longName.c_str(), "a", "b", "c"); },
             [&](int granted) {
@@ -130,7 +149,8 @@ TEST_F(ExhaustedMemory, FailsTheFirstLoadOfTheSystemScriptOnly)
 {
     write(systemScript,
           "function initConfig() done = {} end function escape_dbkey(key) return key .. '!' end");
-    for (const Memory memory : {Memory::OfTheLibrary, Memory::OfStates}) {
+    for (const auto& [memory, once] : shortages) {
+        refuseOnce(once);
         const int failures = walk(
             memory, [] { return quorconfig::initSysConfig(); },
             [](int granted) { EXPECT_TRUE(quorconfig::initSysConfig()) << granted; });
@@ -145,13 +165,16 @@ TEST_F(ExhaustedMemory, FailsAReloadAndKeepsTheState)
     const std::string longName = "another-script-whose-name-no-text-holds-within-itself.lua";
     write(longName, setUp + std::string("for i = 1, 20 do _G['v' .. i] = {} end "
                                         "function getProjectUser() return kept .. 'still' end"));
-    for (const Memory memory : {Memory::OfTheLibrary, Memory::OfStates}) {
+    for (const auto& [memory, once] : shortages) {
+        refuseOnce(once);
         int failures = 0;
-        for (bool done = false; !done; ++failures) {
+        for (bool isRefused = true; isRefused; ++failures) {
             ASSERT_LT(failures, 500);
             takeFreshSlots();
             ASSERT_TRUE(initConfig("first.lua", nullptr, nullptr, nullptr));
-            done = with(memory, failures, [&] { return initConfig(longName.c_str(), "a", "b", "c"); });
+            const bool done =
+                with(memory, failures, [&] { return initConfig(longName.c_str(), "a", "b", "c"); });
+            isRefused = refusals() != 0;
             const std::string user = textOr(getProjectUserDbPath());
             EXPECT_TRUE(user == "kept" || user == "keptstill") << user;
             if (done) {
@@ -189,13 +212,15 @@ TEST_F(ExhaustedMemory, MakesGettersGiveTheirAnswerOrNone)
         interpreted +
         "function initConfig() end function escape_dbkey(...) return 'ans' .. #{...} .. 'wer' end"));
     int failuresOfTheLibrary = 0;
-    for (const Getter& getter : allGetters()) {
-        const std::string answer = textOr(getter.ask(pipe, name));
-        EXPECT_TRUE(answer.starts_with("ans")) << getter.name;
-        const std::vector<std::string> others = {"(null)", "", getter.fallback(name).value_or("(null)")};
-        EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 1) << getter.name;
-        failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, others, answer);
-    }
+    for (const bool once : {false, true})
+        for (const Getter& getter : allGetters()) {
+            refuseOnce(once);
+            const std::string answer = textOr(getter.ask(pipe, name));
+            EXPECT_TRUE(answer.starts_with("ans")) << getter.name;
+            const std::vector<std::string> others = {"(null)", "", getter.fallback(name).value_or("(null)")};
+            EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 0) << getter.name;
+            failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, others, answer);
+        }
     EXPECT_EQ(failuresOfTheLibrary, 0) << "an answer is taken where it is";
 }
 
@@ -204,11 +229,13 @@ TEST_F(ExhaustedMemory, MakesGettersGiveTheirFallbackOrNone)
     ASSERT_TRUE(loadProject(""));
     ASSERT_TRUE(loadSystem("escape_dbkey = nil function initConfig() end"));
     int failuresOfTheLibrary = 0;
-    for (const Getter& getter : allGetters()) {
-        const std::string fallback = getter.fallback(name).value_or("(null)");
-        failuresBefore(Memory::OfStates, getter, {"(null)", ""}, fallback);
-        failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, {"(null)", ""}, fallback);
-    }
+    for (const bool once : {false, true})
+        for (const Getter& getter : allGetters()) {
+            refuseOnce(once);
+            const std::string fallback = getter.fallback(name).value_or("(null)");
+            failuresBefore(Memory::OfStates, getter, {"(null)", ""}, fallback);
+            failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, {"(null)", ""}, fallback);
+        }
     EXPECT_GT(failuresOfTheLibrary, 10);
 }
 
@@ -216,7 +243,8 @@ TEST_F(ExhaustedMemory, LeavesSeedsAndTruthValuesAsTheyAreWithoutAnAnswer)
 {
     ASSERT_TRUE(loadProject("function getProjectDbSeed(a) return #(a .. '!') end "
                             "function isPropertyClass_full(a) return {a} end"));
-    for (const Memory memory : {Memory::OfTheLibrary, Memory::OfStates}) {
+    for (const auto& [memory, once] : shortages) {
+        refuseOnce(once);
         int granted = 0;
         short seed = -7;
         while (!with(memory, granted, [&] { return quorconfig::getProjectDbSeed(name, pipe, seed); })) {

@@ -74,6 +74,30 @@ TEST_F(ExhaustedMemory, LeavesANewScriptorWithoutAState)
     EXPECT_GT(granted, libraries + 50);
 }
 
+TEST_F(ExhaustedMemory, LeavesNoRegisteredModuleOutOfAState)
+{
+    static const luaL_Reg list[] = {{"f", [](lua_State*) { return 0; }}, {nullptr, nullptr}};
+    quorlua::addRegLuaModule("module_of_this_test", list);
+    for (const bool once : {false, true}) {
+        rationed::statesRefuseOnce = once;
+        const int libraries = requestsOfLibraries();
+        int granted = libraries;
+        for (bool isRefused = true; isRefused; ++granted) {
+            const long before = rationed::statesRefused;
+            statesLeft = granted;
+            QuorGlibScriptor scriptor;
+            statesLeft = -1;
+            isRefused = rationed::statesRefused != before;
+            lua_State* L = scriptor.getLua(false);
+            if (!L) continue;
+            lua_getglobal(L, "module_of_this_test");
+            EXPECT_TRUE(lua_istable(L, -1)) << "with " << granted << " granted";
+        }
+        EXPECT_GT(granted, libraries + 50);
+    }
+    rationed::statesRefuseOnce = false;
+}
+
 TEST_F(ExhaustedMemory, LeavesAHelperWithoutAScriptor)
 {
     ScriptFolder folder;

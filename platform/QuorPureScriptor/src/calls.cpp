@@ -2,6 +2,7 @@
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
+#include <cstdint>
 #include <cstring>
 
 namespace lua_tinker {
@@ -17,9 +18,16 @@ struct Task {
     int status;
 };
 
+// The task travels as a number, which a double keeps: LuaJIT takes memory, and so may raise, when it first
+// sees a light userdata of a region of memory, and every thread's C stack is another one.
+double numberOf(const Task* task)
+{
+    return static_cast<double>(reinterpret_cast<std::uintptr_t>(task));
+}
+
 int trampoline(lua_State* L)
 {
-    const Task* task = static_cast<Task*>(lua_touserdata(L, 1));
+    const auto* task = reinterpret_cast<Task*>(static_cast<std::uintptr_t>(lua_tonumber(L, 1)));
     task->body(L, task->data);
     return 0;
 }
@@ -42,10 +50,12 @@ void reportValue(lua_State* L) // [-1] error value
 
 bool installOnce(lua_State* L)
 {
-    // An address on the C stack, like those that `runHere` will push: LuaJIT takes memory for the first one,
-    // and in here an error is caught.
-    int place = 0;
-    const int status = lua_cpcall(L, install, &place);
+    int status = lua_cpcall(L, install, nullptr);
+    if (status == LUA_ERRRUN) {
+        // A script's finalizer raised while the collector ran; it has had its turn.
+        lua_pop(L, 1);
+        status = lua_cpcall(L, install, nullptr);
+    }
     if (status != 0) {
         reportValue(L);
         lua_pop(L, 1);
@@ -63,7 +73,7 @@ int runHere(lua_State* L, Task& task)
         pushKept(L, Kept::Handler);
     }
     pushKept(L, Kept::Trampoline);
-    lua_pushlightuserdata(L, &task);
+    lua_pushnumber(L, numberOf(&task));
     const int status = lua_pcall(L, 1, 0, top + 1);
     if (status != 0 && status != LUA_ERRRUN) {
         countError(); // the handler, which counts, was not asked
@@ -157,7 +167,13 @@ bool reserve(lua_State* L, int slots)
     // lua_checkstack raises when memory runs out. So the memory is taken in a protected frame first; what
     // remains to be done here takes none, and only fails by its result.
     int wanted = slots + LUA_MINSTACK;
-    if (lua_cpcall(L, growStack, &wanted) != 0) {
+    int status = lua_cpcall(L, growStack, &wanted);
+    if (status == LUA_ERRRUN) {
+        // Memory was there, but a script's finalizer raised while the collector ran; it has had its turn.
+        lua_pop(L, 1);
+        status = lua_cpcall(L, growStack, &wanted);
+    }
+    if (status != 0) {
         lua_pop(L, 1);
         return false;
     }
