@@ -259,6 +259,7 @@ void print(long cycle, const Held& held)
 
 int main(int argc, char** argv)
 {
+    std::setvbuf(stdout, nullptr, _IONBF, 0); // its buffer would count
     const long cycles = argc > 1 ? std::atol(argv[1]) : defaultCycles;
     const long first = std::min(settledAfter, cycles / 2);
     must(first > 0, "there are two cycles at least", 0);
