@@ -1,0 +1,25 @@
+## valgrind [all]     runs the library's test programs under memcheck; with `all`, also those that take long
+source scripts/programs.sh
+need valgrind
+
+# Minutes each under memcheck, or programs that start the command and others, which are not what is tested here.
+left_out=' test_quor test_call test_config_command test_language test_samples test_project '
+slow=' test_threads test_serializer test_scriptor_memory test_config_memory test_serializer_memory test_glib '
+
+programs=$(build_programs dev)
+passed=0 failed=0
+for program in $programs; do
+    [[ $left_out != *" $program "* ]] || continue
+    [[ $slow != *" $program "* || ${1:-} == all ]] || continue
+    # No leaks but those to which nothing points any more; the tests' own child processes are not followed.
+    if GTEST_BRIEF=1 valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite \
+        --show-leak-kinds=definite "build/dev/bin/$program" >build/dev/valgrind.log 2>&1; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        tail -n 60 build/dev/valgrind.log
+        say "$program failed under memcheck"
+    fi
+done
+printf '%d passed, %d failed\n' "$passed" "$failed"
+[[ $failed == 0 && $passed != 0 ]]
