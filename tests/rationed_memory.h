@@ -54,6 +54,11 @@ inline const bool librariesAreRationed =
     throw std::bad_alloc();
 }
 
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return rationed::take(size);
+}
+
 [[gnu::noinline]] void operator delete(void* block) noexcept
 {
     rationed::returned += block != nullptr;
