@@ -25,6 +25,7 @@ build_checking_lua() {
 # Whether the library that programs find there ends one that takes more off the stack than is on it.
 does_check() {
     local misuse=$source_prefix/misuse
+    # shellcheck disable=SC2046 # words of the compiler's
     gcc -x c -o "$misuse" - $(pkg-config --cflags --libs lua5.1) <<<'#include <lauxlib.h>
         int main(void) { lua_State* L = luaL_newstate(); lua_settop(L, -3); return 0; }'
     "$misuse" || return 1 # the packaged one does not check

@@ -1,6 +1,6 @@
 // Every sample component, loaded and drawn, with requests for memory refused: that of its state, and that of
 // the library; the one request alone, and all from it on. With QUOR_FULL_SWEEPS set every request has its
-// turn, else every seventh.
+// turn, else every eleventh.
 
 #include "../rationed_memory.h"
 #include "../rationed_states.h"
@@ -89,7 +89,7 @@ constexpr Shortage shortages[] = {{"states, from one on", true, false},
 TEST_P(Sample, IsDrawnOrEndsInAStatus)
 {
     constexpr int many = 20000;
-    const int step = std::getenv("QUOR_FULL_SWEEPS") ? 1 : 7;
+    const int step = std::getenv("QUOR_FULL_SWEEPS") ? 1 : 11;
     QuorGlibScriptor whole;
     const int expected = drawn(whole);
     ASSERT_GT(expected, 0);
