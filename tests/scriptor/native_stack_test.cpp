@@ -84,6 +84,9 @@ TEST(NativeStack, SufficesForEveryOtherRecursion)
         "loadstring(('function f() '):rep(190) .. (' end'):rep(190))",
         "loadstring(('('):rep(100000))",
         "package.preload.x = function() package.loaded.x = nil return (require('x')) end pcall(require, 'x')",
+        "local function f(s) loadstring(('function f() '):rep(190) .. (' end'):rep(190)) return (s:gsub('.', "
+        "f)) end "
+        "pcall(f, 'a')",
         "local m = {} m.__index = function(t, k) return (setmetatable({}, m)[k]) end pcall(m.__index, {}, 1)",
     };
     for (const char* chunk : chunks)
