@@ -10,8 +10,13 @@ namespace quorlua {
 namespace {
 
 /// What has to be left when a native function starts that calls the script again: more than the deepest
-/// recursion that the interpreter itself allows takes, 190 KB for nested functions in its parser.
+/// recursion that the interpreter itself allows takes, for nested functions in its parser: 165 KB, of LuaJIT
+/// 200 KB.
+#if defined(LUAJIT_VERSION)
+constexpr std::size_t reserve = std::size_t{256} * 1024;
+#else
 constexpr std::size_t reserve = std::size_t{200} * 1024;
+#endif
 
 bool leavesRoom(std::size_t needed)
 {
@@ -165,7 +170,8 @@ constexpr struct {
 } guarded[] = {
     {"string", "gsub", callWithRoom},       {"table", "sort", callWithRoom},
     {"coroutine", "resume", callWithRoom},  {"coroutine", "wrap", wrapWithRoom},
-    {"_G", "load", callWithRoom},           {"_G", "require", callWithRoom},
+    {"_G", "load", callWithRoom},           {"_G", "loadstring", callWithRoom},
+    {"_G", "print", callWithRoom},          {"_G", "require", callWithRoom},
     {"_G", "collectgarbage", callWithRoom}, {"_G", "dofile", callWithRoom},
 };
 

@@ -26,14 +26,15 @@ constexpr const char* goneGlobals[] = {"newproxy"};
 /// [-0, +(1|2), m]: the function, or nil and a message as `load` has them.
 int loadText(lua_State* L, const char* bytes, std::size_t size, const char* name)
 {
-#if defined(LUAJIT_VERSION)
-    const int status = luaL_loadbufferx(L, bytes, size, name, "t");
-#else
     if (size > 0 && bytes[0] == LUA_SIGNATURE[0]) {
         lua_pushnil(L);
         lua_pushstring(L, textChunk);
         return 2;
     }
+#if defined(LUAJIT_VERSION)
+    // It looks for code behind a byte order mark, too.
+    const int status = luaL_loadbufferx(L, bytes, size, name, "t");
+#else
     const int status = luaL_loadbuffer(L, bytes, size, name);
 #endif
     if (status == 0) return 1;

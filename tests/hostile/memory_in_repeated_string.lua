@@ -1,3 +1,3 @@
 function main()
-    return string.rep("abc", 2 ^ 30)
+    return string.rep("abc", 2 ^ 28)
 end

@@ -45,7 +45,7 @@ protected:
 TEST_P(HostileScript, EndsByItsStatusOrWithinItsLimit)
 {
     const hostile::Case& one = GetParam();
-    const bool isTimed = one.ending == Ending::Time;
+    const bool isTimed = one.ending == Ending::Time || one.ending == Ending::Limited;
     const Limited limited(isTimed ? 0.1 : 30, std::size_t{8} << 20);
     QuorGlibScriptor scriptor;
     ASSERT_NE(scriptor.getLua(false), nullptr);
@@ -60,7 +60,7 @@ TEST_P(HostileScript, EndsByItsStatusOrWithinItsLimit)
         break;
     case Ending::Survives:
         EXPECT_NE(status, GlibStatus::NoState);
-        break;
+        return;
     case Ending::Time:
         EXPECT_EQ(status, GlibStatus::ScriptFailed);
         EXPECT_EQ(reached, LimitReached::Time);
@@ -68,6 +68,10 @@ TEST_P(HostileScript, EndsByItsStatusOrWithinItsLimit)
     case Ending::Memory:
         EXPECT_EQ(status, GlibStatus::ScriptFailed);
         EXPECT_EQ(reached, LimitReached::Memory);
+        return;
+    case Ending::Limited:
+        EXPECT_EQ(status, GlibStatus::ScriptFailed);
+        EXPECT_NE(reached, LimitReached::None);
         return;
     case Ending::Watchdog:
     case Ending::Refused:

@@ -54,7 +54,7 @@ TEST(NativeStack, SufficesForPatternsOfAnyLength)
 {
     for (const std::size_t kilobytes : stacks)
         for (const char* call : {"s:find(p)", "s:match(p)", "s:gsub(p, '')", "s:gmatch(p)()"}) {
-            const std::string chunk = std::string("for _, item in ipairs({'a?', 'a*', 'a-', 'a+'}) do\n"
+            const std::string chunk = std::string("for _, item in ipairs({'a?', 'a*', 'a-'}) do\n"
                                                   "local s, p = ('a'):rep(100000), item:rep(100000)\n"
                                                   "local ok, text = pcall(function() return ") +
                                       call + " end) assert(not ok, text) end";
@@ -84,10 +84,18 @@ TEST(NativeStack, SufficesForEveryOtherRecursion)
         "loadstring(('function f() '):rep(190) .. (' end'):rep(190))",
         "loadstring(('('):rep(100000))",
         "package.preload.x = function() package.loaded.x = nil return (require('x')) end pcall(require, 'x')",
+        "local function f(s) loadstring(('function f() '):rep(190) .. (' end'):rep(190)) return (s:gsub('.', "
+        "f)) end "
+        "pcall(f, 'a')",
         "local m = {} m.__index = function(t, k) return (setmetatable({}, m)[k]) end pcall(m.__index, {}, 1)",
     };
+#if defined(LUAJIT_VERSION)
+    constexpr std::size_t kilobytes = 512;
+#else
+    constexpr std::size_t kilobytes = 256;
+#endif
     for (const char* chunk : chunks)
-        EXPECT_EQ(statusOn(256, chunk), GlibStatus::Ok) << chunk;
+        EXPECT_EQ(statusOn(kilobytes, chunk), GlibStatus::Ok) << chunk;
 }
 
 TEST(Safeguards, SayWhatTheInterpreterSays)
