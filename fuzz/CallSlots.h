@@ -18,6 +18,7 @@ using SlotAddresses = std::array<void*, mostSlots>;
 
 class Style final : public GlibTextStyle {
 public:
+    virtual ~Style() = default;
     double height() const override { return 2.5; }
     double getlen(const char* text) const override { return text ? 1 : 0; }
     double getlen_h(const char* text, double height) const override { return getlen(text) * height; }

@@ -75,7 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     lua_settop(L, 0);
     const char* function = functions[input.below(std::size(functions))];
     const bool inTwoSteps = input.flag();
-    const std::string format = input.word(longestFormat).c_str(); // a NUL ends a format
+    std::string format = input.word(longestFormat);
+    format.resize(std::strlen(format.c_str())); // a NUL ends a format
     fuzz::pushValue(L, input);
     lua_setfield(L, LUA_REGISTRYINDEX, "fuzz.answer");
     lua_newtable(L); // what 'c' and 't' hand over

@@ -30,6 +30,7 @@ constexpr char closing[] = R"(
 
 class Functor final : public GlibScriptFunctor {
 public:
+    virtual ~Functor() = default;
     bool getCurrentObjectId(KxDbObjectId& id) const override { return id.setId(7), true; }
     bool getIsoPoint(int number, KxGePoint3D& point) const override { return point.set(number, 0, 0), true; }
     bool getDefaultIsoMat(KxGeMatrix3D&) const override { return true; }

@@ -1,5 +1,7 @@
 #include "scriptor_fixture.h"
 
+#include <stdexcept>
+
 namespace {
 
 using testing::ElementsAre;
@@ -49,6 +51,16 @@ TEST_F(LoadFile, WorksWithoutACallback)
     EXPECT_EQ(scriptor.getLoadFileCallbk(), &counter);
     scriptor.setLoadFileCallbk(nullptr);
     EXPECT_EQ(scriptor.getLoadFileCallbk(), nullptr);
+    EXPECT_EQ(load(counting()), Quor::Ok);
+    EXPECT_EQ(shown("runs"), "1");
+}
+
+TEST_F(LoadFile, IsDoneWhenTheCallbackThrows)
+{
+    struct Thrower final : FunctionRightAfterLoadFile {
+        void loaded(lua_State*) override { throw std::runtime_error("the host's own"); }
+    } thrower;
+    scriptor.setLoadFileCallbk(&thrower);
     EXPECT_EQ(load(counting()), Quor::Ok);
     EXPECT_EQ(shown("runs"), "1");
 }
