@@ -121,7 +121,7 @@ bool pushConfined(lua_State* L, const char* path)
         try {
             std::string bytes;
             if (!readConfined(from, bytes)) return -1;
-            if (to) std::memcpy(to, bytes.data(), bytes.size() < room ? bytes.size() : room);
+            if (to) bytes.copy(to, room);
             return static_cast<long long>(bytes.size());
         } catch (const std::exception&) {
             return -1;

@@ -51,7 +51,7 @@ enum class LimitReached : int { None = 0, Time = 1, Memory = 2 };
 /// Sets the limits of all states that the library makes from now on, on every thread: those of scriptors, of
 /// configuration scripts and of the serializer. States that are there keep theirs. To be set up like modules,
 /// before other threads use the library.
-QUORSCRIPTOR_API void limitNewStates(const ScriptLimits& limits);
+QUORSCRIPTOR_API void limitNewStates(const ScriptLimits& wanted);
 
 /// Which limit scripts have met on this thread since it was asked last; the time limit, if they met both. A
 /// script may have caught a refusal of memory and gone on. [none of the stack]

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <limits>
-#define _WIN32_WINNT 0x0602 // NOLINT: the first system that tells a thread's stack
 #include <windows.h>
 
 namespace quorlua {

@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <iconv.h>
 #include <pthread.h>
-#include <pthread.h>
 #include <stdexcept>
 #include <sys/file.h>
 #include <sys/stat.h>
