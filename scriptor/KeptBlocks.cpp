@@ -31,14 +31,15 @@ bool holds(const char* block)
     return false;
 }
 
-void keep(char* block)
+bool keep(char* block)
 {
-    if (!block || holds(block)) return;
+    if (!block || holds(block)) return true;
     auto* node = new (std::nothrow) Node{block, head.load(std::memory_order_relaxed)};
-    if (!node) return;
+    if (!node) return false;
     while (
         !head.compare_exchange_weak(node->next, node, std::memory_order_release, std::memory_order_relaxed)) {
     }
+    return true;
 }
 
 } // namespace quorlua::kept

@@ -11,7 +11,8 @@ char* find(const char* text);
 /// Whether this very block is kept.
 bool holds(const char* block);
 
-/// Takes over a block made by `malloc`. When memory runs out the block stays allocated all the same.
-void keep(char* block);
+/// Takes over a block made by `malloc`; a null one is nothing to do. False, and the block is still the
+/// caller's, when memory runs out.
+bool keep(char* block);
 
 } // namespace quorlua::kept

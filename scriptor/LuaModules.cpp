@@ -87,7 +87,8 @@ LuaLRegHelper::~LuaLRegHelper()
     if (!merged_) return;
     for (luaL_Reg* list : *merged_) {
         for (const luaL_Reg* entry = list + 1; list->name && entry->name; ++entry)
-            kept::keep(const_cast<char*>(entry->name));
+            // Without memory the name stays all the same: a state may hold it.
+            static_cast<void>(kept::keep(const_cast<char*>(entry->name)));
         std::free(const_cast<char*>(list->name));
         std::free(list);
     }

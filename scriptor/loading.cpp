@@ -74,7 +74,10 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
         char* name = makeFileName(file);
         if (!name) return lastStatus_ = GlibStatus::ScriptFailed;
         // Whoever asked for the name before may still hold it.
-        quorlua::kept::keep(fileName_);
+        if (!quorlua::kept::keep(fileName_)) {
+            if (!quorlua::kept::holds(name)) std::free(name);
+            return lastStatus_ = GlibStatus::ScriptFailed;
+        }
         fileName_ = name;
     }
     modificationTime_ = time;

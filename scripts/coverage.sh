@@ -2,7 +2,7 @@
 need gcovr
 
 # What must be reached, per cent of the branches: the last figures. A change may raise them.
-kept='glib/=92 marshal/=90 scriptor/loading.cpp=95 platform/QuorPureScriptor/src/load.cpp=100 library=90'
+kept='glib/=94 marshal/=93 scriptor/loading.cpp=97 platform/QuorPureScriptor/src/load.cpp=100 library=92'
 
 source scripts/programs.sh
 
@@ -24,7 +24,7 @@ table=build/coverage/coverage.csv
 # that is no std::exception.
 gcovr --root . --object-directory build/coverage --exclude-throw-branches --exclude-unreachable-branches \
     --exclude-branches-by-pattern '.*catch \(const std::exception&\).*' \
-    --filter '(config|glib|include|marshal|messages|platform|scriptor)/' --csv "$table" build/coverage >/dev/null
+    --filter '(config|glib|include|marshal|messages|platform|scriptor)/' --csv "$table" build/coverage/{config,glib,marshal,platform,scriptor} >/dev/null
 
 awk -F, -v kept="$kept" -v failed="$broken" '
     function add(part) { branches[part] += $5; taken[part] += $6 }

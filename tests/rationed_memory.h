@@ -54,7 +54,7 @@ inline const bool librariesAreRationed =
     throw std::bad_alloc();
 }
 
-// The C++ library's calls the one above; a sanitizer's would not.
+// The C++ library's own calls the one above; a sanitizer's does not.
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     return rationed::take(size);
