@@ -5,7 +5,7 @@
 /// Major: programs must be compiled anew, and perhaps changed. Minor: something was added, and what was there
 /// stays as it was. Patch: nothing in the headers changed. MINOR and PATCH stay below 100.
 #define QUORSCRIPTOR_VERSION_MAJOR 1
-#define QUORSCRIPTOR_VERSION_MINOR 0
+#define QUORSCRIPTOR_VERSION_MINOR 1
 #define QUORSCRIPTOR_VERSION_PATCH 0
 
 /// The three numbers as one that grows with them, for `#if`.
