@@ -2,9 +2,8 @@
 source scripts/programs.sh
 need valgrind
 
-# Programs that start the command and others, which are not what is tested here; and one that counts what `operator
-# new` takes in all its forms, which memcheck replaces.
-left_out=' test_quor test_call test_config_command test_language test_samples test_project test_platform_memory '
+# Programs that start the command and others, which are not what is tested here.
+left_out=' test_quor test_call test_config_command test_language test_samples test_project '
 # Minutes each.
 slow=' test_glib test_primary test_threads test_serializer test_serializer_memory test_config_memory '
 
