@@ -13,6 +13,8 @@ else()
     find_package(GTest REQUIRED)
 endif()
 include(GoogleTest)
+# Under Wine, and with the address sanitizer, a program takes longer to start than most tests to run.
+option(QUOR_TESTS_BY_PROGRAM "Run each test program once, and not once for each of its tests" ${CMAKE_CROSSCOMPILING})
 
 # A program for Windows that runs where it was built, under Wine, finds the root of this system as drive Z.
 set(QUOR_ROOT_DRIVE "")
@@ -33,8 +35,7 @@ function(quor_test name)
     target_link_libraries(${name} PRIVATE ${arg_USES} quor_options GTest::gmock)
     target_compile_options(${name} PRIVATE ${QUOR_TEST_OPTIONS})
     target_compile_definitions(${name} PRIVATE QUOR_SOURCE_DIR="${QUOR_ROOT_DRIVE}${repository}")
-    if(CMAKE_CROSSCOMPILING)
-        # Each program once: under Wine a program takes longer to start than most tests to run.
+    if(QUOR_TESTS_BY_PROGRAM)
         add_test(NAME program.${name} COMMAND ${name} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
     else()
         gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES NO_PRETTY_TYPES
