@@ -39,12 +39,12 @@ check() {
     fi
 }
 
-no_others() { [[ -z $(comm -13 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort) | tee /dev/stderr) ]]; }
+no_others() { [[ -z $(LC_ALL=C comm -13 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort) | tee /dev/stderr) ]]; }
 
 # left_out: the tests that were skipped, and those that are not there.
 left_out() {
     sed -n 's/.*<testcase name="\([^"]*\)".* result="skipped".* classname="\([^"]*\)".*/\2.\1/p' "$reports"/*.xml
-    comm -23 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort)
+    LC_ALL=C comm -23 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort)
 }
 
 # Only what Windows cannot do is left out: the kept list says what and why.
@@ -119,7 +119,7 @@ if [[ ! -s build/mingw/tests.xml ]] || ! ls "$reports"/*.xml >/dev/null 2>&1; th
     echo '0 passed, 1 failed'
     exit 1
 fi
-missing=$(comm -23 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort) | wc -l)
+missing=$(LC_ALL=C comm -23 <(names_on_linux | LC_ALL=C sort) <(names_on_windows | LC_ALL=C sort) | wc -l)
 add_programs mingw
 check 'no test is there that Linux has not' no_others
 check 'only what Windows cannot do is left out' only_listed_left_out
