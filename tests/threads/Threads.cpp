@@ -1,7 +1,7 @@
 #include "Threads.h"
 
 #include <QuorCommon/QuorCommon.h>
-#include <latch>
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -70,22 +70,25 @@ std::vector<Lines> Threads::atOnce(int count, const Work& work)
 {
     std::vector<unsigned int> ids(static_cast<std::size_t>(count));
     std::vector<Lines> noted(static_cast<std::size_t>(count) + 1);
-    std::latch known(count);
-    std::latch start(1);
+    // Not latches: on Windows this compiler's may sleep through the last count.
+    std::atomic<int> known = 0;
+    std::atomic<bool> started = false;
     std::vector<std::thread> threads;
     for (int number = 0; number < count; ++number) {
         threads.emplace_back([&, number] {
             const auto at = static_cast<std::size_t>(number);
             ids[at] = quorsys::currentThreadId();
-            known.count_down();
-            start.wait();
+            ++known;
+            while (!started)
+                std::this_thread::yield();
             noted[at] = heard(work, number);
         });
     }
-    known.wait();
+    while (known != count)
+        std::this_thread::yield();
     for (const unsigned int id : ids)
         alloc(id);
-    start.count_down();
+    started = true;
     noted.back() = heard(work, count);
     for (std::thread& thread : threads)
         thread.join();
