@@ -163,16 +163,37 @@ int wrapWithRoom(lua_State* L)
     return 1;
 }
 
+/// For a function that tells the line it was called from: this one becomes the call, so the line is the
+/// script's.
+constexpr char becomingRequire[] =
+    "local hasRoom, require = ... return function(...) hasRoom() return require(...) end";
+
+int hasRoom(lua_State* L)
+{
+    if (leavesRoom(0)) return 0;
+    lua_pushliteral(L, "C stack overflow");
+    return lua_error(L);
+}
+
+void guardRequire(lua_State* L)
+{
+    if (luaL_loadbuffer(L, becomingRequire, sizeof becomingRequire - 1, "=require") != 0) lua_error(L);
+    lua_pushcfunction(L, hasRoom);
+    lua_getglobal(L, "require");
+    lua_call(L, 2, 1);
+    lua_setglobal(L, "require");
+}
+
 constexpr struct {
     const char* library;
     const char* name;
     lua_CFunction function;
 } guarded[] = {
-    {"string", "gsub", callWithRoom},       {"table", "sort", callWithRoom},
-    {"coroutine", "resume", callWithRoom},  {"coroutine", "wrap", wrapWithRoom},
-    {"_G", "load", callWithRoom},           {"_G", "loadstring", callWithRoom},
-    {"_G", "print", callWithRoom},          {"_G", "require", callWithRoom},
-    {"_G", "collectgarbage", callWithRoom}, {"_G", "dofile", callWithRoom},
+    {"string", "gsub", callWithRoom},      {"table", "sort", callWithRoom},
+    {"coroutine", "resume", callWithRoom}, {"coroutine", "wrap", wrapWithRoom},
+    {"_G", "load", callWithRoom},          {"_G", "loadstring", callWithRoom},
+    {"_G", "print", callWithRoom},         {"_G", "collectgarbage", callWithRoom},
+    {"_G", "dofile", callWithRoom},
 };
 
 void guardLibraries(lua_State* L)
@@ -184,6 +205,7 @@ void guardLibraries(lua_State* L)
         lua_setfield(L, -2, name);
         lua_pop(L, 1);
     }
+    guardRequire(L);
 }
 
 int doNothing(lua_State*)

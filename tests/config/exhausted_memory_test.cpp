@@ -218,7 +218,7 @@ TEST_F(ExhaustedMemory, MakesGettersGiveTheirAnswerOrNone)
             const std::string answer = textOr(getter.ask(pipe, name));
             EXPECT_TRUE(answer.starts_with("ans")) << getter.name;
             const std::vector<std::string> others = {"(null)", "", getter.fallback(name).value_or("(null)")};
-            EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 1) << getter.name;
+            EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 0) << getter.name;
             failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, others, answer);
         }
     EXPECT_EQ(failuresOfTheLibrary, 0) << "an answer is taken where it is";
