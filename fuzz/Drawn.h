@@ -1,24 +1,14 @@
 #pragma once
 
-#include <QuorPrimary/QuorPrimary.h>
+#include "../tests/Primitives.h"
+
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace fuzz {
 
-/// Primitives that are deleted at the end.
-struct Drawn : std::vector<QuorPrimary*> {
-    Drawn() = default;
-    Drawn(const Drawn&) = delete;
-    Drawn& operator=(const Drawn&) = delete;
-    ~Drawn() { free(); }
-    void free()
-    {
-        for (const QuorPrimary* primitive : *this)
-            delete primitive;
-        clear();
-    }
+/// Primitives that can be compared.
+struct Drawn : Primitives {
     std::string text() const
     {
         std::ostringstream out;

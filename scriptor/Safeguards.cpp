@@ -142,70 +142,40 @@ void guardLibraries(lua_State* L)
 
 #else
 
-/// A function that calls the script, whose own one is the upvalue. That engine's functions only run when they
-/// are called by it. [-0, +n, e]
-int callWithRoom(lua_State* L)
-{
-    if (!leavesRoom(0)) return luaL_error(L, "C stack overflow");
-    lua_pushvalue(L, lua_upvalueindex(1));
-    lua_insert(L, 1);
-    lua_call(L, lua_gettop(L) - 1, LUA_MULTRET);
-    return lua_gettop(L);
-}
-
-/// `coroutine.wrap`: it is the function it makes that calls the script. [-0, +1, e]
-int wrapWithRoom(lua_State* L)
-{
-    lua_pushvalue(L, lua_upvalueindex(1));
-    lua_insert(L, 1);
-    lua_call(L, lua_gettop(L) - 1, 1);
-    lua_pushcclosure(L, callWithRoom, 1);
-    return 1;
-}
-
-/// For a function that tells the line it was called from: this one becomes the call, so the line is the
-/// script's.
-constexpr char becomingRequire[] =
-    "local hasRoom, require = ... return function(...) hasRoom() return require(...) end";
-
-int hasRoom(lua_State* L)
+/// [-0, +0, e]
+int askForRoom(lua_State* L)
 {
     if (leavesRoom(0)) return 0;
+    luaL_where(L, 2); // behind the guard, which is the caller
     lua_pushliteral(L, "C stack overflow");
+    lua_concat(L, 2);
     return lua_error(L);
 }
 
-void guardRequire(lua_State* L)
-{
-    if (luaL_loadbuffer(L, becomingRequire, sizeof becomingRequire - 1, "=require") != 0) lua_error(L);
-    lua_pushcfunction(L, hasRoom);
-    lua_getglobal(L, "require");
-    lua_call(L, 2, 1);
-    lua_setglobal(L, "require");
-}
-
-constexpr struct {
-    const char* library;
-    const char* name;
-    lua_CFunction function;
-} guarded[] = {
-    {"string", "gsub", callWithRoom},      {"table", "sort", callWithRoom},
-    {"coroutine", "resume", callWithRoom}, {"coroutine", "wrap", wrapWithRoom},
-    {"_G", "load", callWithRoom},          {"_G", "loadstring", callWithRoom},
-    {"_G", "print", callWithRoom},         {"_G", "collectgarbage", callWithRoom},
-    {"_G", "dofile", callWithRoom},
-};
+/// The functions that call the script. A guard becomes the call of its function, so that one finds the line
+/// that it was called from. Of `coroutine.wrap` it is the function it makes that calls the script.
+constexpr char guarding[] = R"(
+    local askForRoom = ...
+    local function guarded(original)
+        return function(...)
+            askForRoom()
+            return original(...)
+        end
+    end
+    for library, names in pairs {
+        [string] = { 'gsub' }, [table] = { 'sort' }, [coroutine] = { 'resume' },
+        [_G] = { 'load', 'loadstring', 'print', 'require', 'collectgarbage', 'dofile' },
+    } do
+        for _, name in ipairs(names) do library[name] = guarded(library[name]) end
+    end
+    local wrap = coroutine.wrap
+    coroutine.wrap = function(body) return guarded(wrap(body)) end)";
 
 void guardLibraries(lua_State* L)
 {
-    for (const auto& [library, name, function] : guarded) {
-        lua_getglobal(L, library);
-        lua_getfield(L, -1, name);
-        lua_pushcclosure(L, function, 1);
-        lua_setfield(L, -2, name);
-        lua_pop(L, 1);
-    }
-    guardRequire(L);
+    if (luaL_loadbuffer(L, guarding, sizeof guarding - 1, "=guarding") != 0) lua_error(L);
+    lua_pushcfunction(L, askForRoom);
+    lua_call(L, 1, 0);
 }
 
 int doNothing(lua_State*)

@@ -31,12 +31,8 @@ int loadText(lua_State* L, const char* bytes, std::size_t size, const char* name
         lua_pushstring(L, textChunk);
         return 2;
     }
-#if defined(LUAJIT_VERSION)
-    // It looks for code behind a byte order mark, too.
-    const int status = luaL_loadbufferx(L, bytes, size, name, "t");
-#else
+    // Behind a byte order mark or a first line that is skipped, the engines take none themselves.
     const int status = luaL_loadbuffer(L, bytes, size, name);
-#endif
     if (status == 0) return 1;
     lua_pushnil(L);
     lua_insert(L, -2);

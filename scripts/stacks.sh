@@ -6,22 +6,14 @@ of_the_command=' test_quor test_call test_config_command test_language test_samp
 
 # on_stack KILOBYTES PROGRAM: the limit is the first thread's stack, and what further threads get.
 on_stack() {
-    (ulimit -S -s "$1" && GTEST_BRIEF=1 exec "build/dev/bin/$2") >"build/dev/stacks.log" 2>&1
+    (ulimit -S -s "$1" && GTEST_BRIEF=1 exec "build/dev/bin/$2")
 }
 
 programs=$(build_programs dev)
-passed=0 failed=0
 for size in 256 1024 8192; do
     for program in $programs; do
         [[ $size != 256 || $of_the_command != *" $program "* ]] || continue
-        if on_stack "$size" "$program"; then
-            passed=$((passed + 1))
-        else
-            failed=$((failed + 1))
-            tail -n 40 build/dev/stacks.log
-            say "$program failed on a stack of $size KB"
-        fi
+        count_run "$program on a stack of $size KB" build/dev/stacks.log on_stack "$size" "$program"
     done
 done
-printf '%d passed, %d failed\n' "$passed" "$failed"
-[[ $failed == 0 && $passed != 0 ]]
+tell_runs

@@ -8,19 +8,15 @@ left_out=' test_quor test_call test_config_command test_language test_samples te
 slow=' test_glib test_primary test_threads test_serializer test_serializer_memory test_config_memory '
 
 programs=$(build_programs dev)
-passed=0 failed=0
+# Blocks that nothing points to any more are leaks. A program's own `operator new` stays in its place.
+memcheck() {
+    GTEST_BRIEF=1 valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite \
+        --show-leak-kinds=definite --soname-synonyms=somalloc=nouserintercepts "build/dev/bin/$1"
+}
+
 for program in $programs; do
     [[ $left_out != *" $program "* ]] || continue
     [[ $slow != *" $program "* || ${1:-} == all ]] || continue
-    # Blocks that nothing points to any more are leaks. A program's own `operator new` stays in its place.
-    if GTEST_BRIEF=1 valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite \
-        --show-leak-kinds=definite --soname-synonyms=somalloc=nouserintercepts "build/dev/bin/$program" >build/dev/valgrind.log 2>&1; then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        tail -n 60 build/dev/valgrind.log
-        say "$program failed under memcheck"
-    fi
+    count_run "$program under memcheck" build/dev/valgrind.log memcheck "$program"
 done
-printf '%d passed, %d failed\n' "$passed" "$failed"
-[[ $failed == 0 && $passed != 0 ]]
+tell_runs

@@ -201,16 +201,17 @@ TEST_F(ExhaustedMemory, LeavesAThreadWithTheDefaultStates)
 
 TEST_F(ExhaustedMemory, MakesGettersGiveTheirAnswerOrNone)
 {
-    // Compiled code would do without the table that is only counted.
+    // Two tables, hence two requests at least; compiled code would do without tables that are only counted.
     const std::string interpreted = "if jit then jit.off() end\n";
     std::string project = interpreted;
     for (const Getter& getter : allGetters())
         if (!getter.isOfSystemScript())
-            project += getter.function + " = function(...) return 'ans' .. #{...} .. 'wer' end\n";
+            project +=
+                getter.function + " = function(...) return 'ans' .. #({{...}, {...}})[1] .. 'wer' end\n";
     ASSERT_TRUE(loadProject(project));
-    ASSERT_TRUE(loadSystem(
-        interpreted +
-        "function initConfig() end function escape_dbkey(...) return 'ans' .. #{...} .. 'wer' end"));
+    ASSERT_TRUE(loadSystem(interpreted +
+                           "function initConfig() end "
+                           "function escape_dbkey(...) return 'ans' .. #({{...}, {...}})[1] .. 'wer' end"));
     int failuresOfTheLibrary = 0;
     for (const bool once : {false, true})
         for (const Getter& getter : allGetters()) {
@@ -218,7 +219,7 @@ TEST_F(ExhaustedMemory, MakesGettersGiveTheirAnswerOrNone)
             const std::string answer = textOr(getter.ask(pipe, name));
             EXPECT_TRUE(answer.starts_with("ans")) << getter.name;
             const std::vector<std::string> others = {"(null)", "", getter.fallback(name).value_or("(null)")};
-            EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 0) << getter.name;
+            EXPECT_GT(failuresBefore(Memory::OfStates, getter, others, answer), 1) << getter.name;
             failuresOfTheLibrary += failuresBefore(Memory::OfTheLibrary, getter, others, answer);
         }
     EXPECT_EQ(failuresOfTheLibrary, 0) << "an answer is taken where it is";

@@ -79,6 +79,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "= n + 1 "
                 "return s:sub(n, n) end)) end)()",
                 "precompiled"},
+        Attempt{"LoadstringOfCodeBehindAMark",
+                "type((loadstring('\\239\\187\\191' .. string.dump(function() end))))", "nil"},
+        Attempt{"LoadstringOfCodeBehindALine", "type((loadstring('#!\\n' .. string.dump(function() end))))",
+                "nil"},
         Attempt{"LoadfileOfTheSystem", "select(2, loadfile('/etc/passwd'))", "no file of the installation"},
         Attempt{"LoadfileOfStandardInput", "loadfile()", "bad argument #1"},
         Attempt{"DofileOfTheSystem", "dofile('/etc/passwd')", "no file of the installation"},
@@ -131,11 +135,15 @@ TEST(Untrusted, TakesNoPrecompiledScript)
     EXPECT_EQ(runQuor({"draw", script}).exitCode, 0);
     const CommandRun run = runQuor({"draw", script, "--untrusted"});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.errors,
-                testing::AnyOf(HasSubstr("a precompiled chunk is refused"), HasSubstr("wrong mode")));
-    folder.write("installation/bin/code.lua", bytes);
-    EXPECT_THAT(valueOf("require('code')", {"--installation", folder.path("installation")}),
-                HasSubstr("error loading module 'code'"));
+    EXPECT_THAT(run.errors, HasSubstr("a precompiled chunk is refused"));
+    for (const char* before : {"", "\xEF\xBB\xBF", "#!\n", "\xEF\xBB\xBF#!\n"}) {
+        EXPECT_EQ(runQuor({"draw", folder.write("behind.lua", before + bytes), "--untrusted"}).exitCode, 1)
+            << before;
+        folder.write("installation/bin/code.lua", before + bytes);
+        EXPECT_THAT(valueOf("require('code')", {"--installation", folder.path("installation")}),
+                    HasSubstr("error loading module 'code'"))
+            << before;
+    }
 }
 
 TEST(Untrusted, TakesNoPointerButTheHostsOwn)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "../Primitives.h"
 #include "../lua_text.h"
 #include "../system.h"
 
@@ -25,20 +26,6 @@ inline quor_binary bufferOf(std::string& bytes)
 {
     return {static_cast<int>(bytes.size()), bytes.data()};
 }
-
-/// Primitives that are deleted when the test is done with them.
-struct Primitives : std::vector<QuorPrimary*> {
-    Primitives() = default;
-    Primitives(const Primitives&) = delete;
-    Primitives& operator=(const Primitives&) = delete;
-    ~Primitives() { free(); }
-    void free()
-    {
-        for (const QuorPrimary* primitive : *this)
-            delete primitive;
-        clear();
-    }
-};
 
 /// A text style that answers by what it is asked.
 class StyleOfTest final : public GlibTextStyle {

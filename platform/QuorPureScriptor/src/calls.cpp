@@ -48,14 +48,19 @@ void reportValue(lua_State* L) // [-1] error value
         print_error(L, "(error object is a %s value)", lua_typename(L, lua_type(L, -1)));
 }
 
+// `lua_cpcall`, once more where a script's finalizer raised while the collector ran: it has had its turn
+// then. Leaves the error value of a failure. [-0, +(0|1), -]
+int callTwice(lua_State* L, lua_CFunction function, void* data)
+{
+    const int status = lua_cpcall(L, function, data);
+    if (status != LUA_ERRRUN) return status;
+    lua_pop(L, 1);
+    return lua_cpcall(L, function, data);
+}
+
 bool installOnce(lua_State* L)
 {
-    int status = lua_cpcall(L, install, nullptr);
-    if (status == LUA_ERRRUN) {
-        // A script's finalizer raised while the collector ran; it has had its turn.
-        lua_pop(L, 1);
-        status = lua_cpcall(L, install, nullptr);
-    }
+    const int status = callTwice(L, install, nullptr);
     if (status != 0) {
         reportValue(L);
         lua_pop(L, 1);
@@ -167,13 +172,7 @@ bool reserve(lua_State* L, int slots)
     // lua_checkstack raises when memory runs out. So the memory is taken in a protected frame first; what
     // remains to be done here takes none, and only fails by its result.
     int wanted = slots + LUA_MINSTACK;
-    int status = lua_cpcall(L, growStack, &wanted);
-    if (status == LUA_ERRRUN) {
-        // Memory was there, but a script's finalizer raised while the collector ran; it has had its turn.
-        lua_pop(L, 1);
-        status = lua_cpcall(L, growStack, &wanted);
-    }
-    if (status != 0) {
+    if (callTwice(L, growStack, &wanted) != 0) {
         lua_pop(L, 1);
         return false;
     }

@@ -36,16 +36,6 @@ bool isTextOnly(lua_State* L)
     return textOnly;
 }
 
-// [-0, +1, -]
-int loadChunk(lua_State* L, const Chunk& chunk)
-{
-#if defined(LUAJIT_VERSION)
-    return luaL_loadbufferx(L, chunk.data, chunk.length, chunk.name, isTextOnly(L) ? "t" : nullptr);
-#else
-    return luaL_loadbuffer(L, chunk.data, chunk.length, chunk.name);
-#endif
-}
-
 void runChunk(lua_State* L, void* data)
 {
     const auto* chunk = static_cast<const Chunk*>(data);
@@ -58,7 +48,7 @@ void runChunk(lua_State* L, void* data)
                         chunk->name + (chunk->name[0] == '@' ? 1 : 0));
         lua_error(L);
     }
-    if (loadChunk(L, *chunk) != 0) lua_error(L);
+    if (luaL_loadbuffer(L, chunk->data, chunk->length, chunk->name) != 0) lua_error(L);
     lua_call(L, 0, 0);
 }
 

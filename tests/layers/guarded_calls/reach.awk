@@ -57,7 +57,7 @@ $1 == "taken" {
     isUsed[$3] = 1
     # Lua's own protected call, those of ours that are made of it, and the guard's template.
     if ($4 == "lua_cpcall" || $4 ~ /^lua_tinker::detail::runReported\(/ ||
-        $4 ~ /^quorlua::guard::\(anonymous namespace\)::callTwice\(/ || $4 == "the guard") next
+        $4 ~ /^(quorlua::guard|lua_tinker::detail)::\(anonymous namespace\)::callTwice\(/ || $4 == "the guard") next
     isRoot[$3] = 1
 }
 
