@@ -34,7 +34,7 @@ public:
 
 /// Calls a configuration script's function, with texts and integers, for a text, a bool or nothing. A
 /// function that is missing or fails is reported by the binding layer and gives null or false, and so does a
-/// null state. A text is the state's own: the next operation may collect it. [-0, +0, -]
+/// null state. A text is the state's own: the next call may collect it. [-0, +0, -]
 template<class Result, class... Arguments>
 Result callConfigFunc(lua_State* L, const char* function, Arguments... arguments)
 {

@@ -25,6 +25,7 @@ int nextAnswer(lua_State* L)
     if (!answers) return 0;
     const bool raises = answers->below(8) == 7;
     fuzz::pushValue(L, *answers);
+    lua_gc(L, LUA_GCRESTART, 0); // the next look at the collector starts it
     return raises ? lua_error(L) : 1;
 }
 

@@ -198,4 +198,19 @@ TEST_F(Reentry, OfAllocationChangesNothing)
     EXPECT_STREQ(getProjectUserDbPath(), "user");
 }
 
+TEST_F(Reentry, OfTheCollectorLeavesAnswersThatTheScriptHoldsNowhere)
+{
+    for (const Getter& getter : allGetters()) {
+        SCOPED_TRACE(getter.name);
+        const std::string function = getter.function + " = function() return 'made ' .. depth end ";
+        const std::string script =
+            "depth = 1 " + function + "collectgarbage('setpause', 0) collectgarbage('setstepmul', 0)";
+        ASSERT_TRUE(start(script));
+        ASSERT_TRUE(loadSystem("function initConfig() end " + script));
+        const char* answer = getter.ask(pipe, "n");
+        ASSERT_NE(answer, nullptr);
+        EXPECT_THAT(std::string(answer), testing::StartsWith("made 1"));
+    }
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 // Every exported operation in a state whose script has left objects with finalizers that raise: wherever the
 // collector runs, one of them does.
 
+#include "../OverwritingMemory.h"
 #include "operations.h"
 
 namespace {
@@ -97,6 +98,23 @@ TEST_P(Finalizers, EndInAStatusWhereverTheyRaise)
     }
     RecordProperty("attempts", attempts);
 }
+
+class Collector : public Finalizers {};
+
+TEST_P(Collector, TakesNothingThatIsStillRead)
+{
+    Setting setting;
+    prepare(setting);
+    {
+        const OverwritingMemory overwriting(setting.L);
+        EXPECT_TRUE(GetParam().call(setting));
+    }
+    EXPECT_EQ(lua_gettop(setting.L) - top, GetParam().left);
+    EXPECT_EQ(GetParam().look(setting), Seen::Whole);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Collector, testing::ValuesIn(allOperations()),
+                         [](const auto& row) { return nameOf(row.param) + std::to_string(row.index); });
 
 INSTANTIATE_TEST_SUITE_P(Of, Finalizers, testing::ValuesIn(allOperations()),
                          [](const auto& row) { return nameOf(row.param) + std::to_string(row.index); });

@@ -1,3 +1,4 @@
+#include "../OverwritingMemory.h"
 #include "lua_state.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
@@ -152,6 +153,18 @@ TEST_F(ScriptFunction, GivesEveryKindOfResult)
     call<void>(L, "v");
     EXPECT_EQ(shown("hit"), "true");
     EXPECT_THAT(alerts, IsEmpty());
+}
+
+TEST_F(ScriptFunction, GivesATextThatIsStillThereWhenTheCollectorRunsAsTheCallEnds)
+{
+    run("function made(n) return 'made ' .. n end");
+    const OverwritingMemory overwriting(L);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_STREQ(call<const char*>(L, "made", i), ("made " + std::to_string(i)).c_str());
+    fillFrame();
+    for (int i = 0; i < 20; ++i)
+        EXPECT_STREQ(call<const char*>(L, "made", i), ("made " + std::to_string(i)).c_str());
+    lua_settop(L, 0);
 }
 
 TEST_F(ScriptFunction, ReportsAGlobalThatIsNone)

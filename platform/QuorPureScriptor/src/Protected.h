@@ -55,6 +55,8 @@ enum class Kept : int {
     ClassNames,
     /// True where chunks must be source text.
     TextOnly,
+    /// The text that a call gave last.
+    Answer,
 };
 
 /// Stores the value on top of the stack. [-1, +0, m]

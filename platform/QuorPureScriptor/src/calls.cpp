@@ -133,7 +133,13 @@ void callGlobal(lua_State* L, void* data)
     } else {
         print_error(L, "attempt to call global `%s' (not a function)", task->name);
     }
-    if (task->take) task->take(L, task->result);
+    if (!task->take) return;
+    if (lua_type(L, -1) == LUA_TSTRING) {
+        // Its slot ends with this frame, and the collector may run as a protected call ends.
+        lua_pushvalue(L, -1);
+        keep(L, Kept::Answer);
+    }
+    task->take(L, task->result);
 }
 
 } // namespace
@@ -144,6 +150,8 @@ void installProtection(lua_State* L)
     // already.
     lua_pushliteral(L, "error in error handling");
     keep(L, Kept::ErrorText);
+    lua_pushboolean(L, 0); // the entry is there from now on: to set it takes no memory
+    keep(L, Kept::Answer);
     lua_pushcfunction(L, trampoline);
     keep(L, Kept::Trampoline);
     // Last: its presence tells that the others are there.

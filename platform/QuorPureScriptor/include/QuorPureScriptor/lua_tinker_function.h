@@ -196,8 +196,8 @@ void def(lua_State* L, const char* globalName, R (*function)(A...))
 /// is no function is reported as "attempt to call global `NAME' (not a function)", and its own value is taken
 /// as the result; one that cannot be fetched because a metatable on the globals raises counts as nil.
 ///
-/// A text result belongs to the state: it lives only as long as something in the script holds that string,
-/// and may be collected by the next operation on the state. Copy it at once. Needs no free stack slot; a null
+/// A text result belongs to the state: it lives until the next call on the state, and after that only as long
+/// as something in the script holds that string. Copy it at once. Needs no free stack slot; a null
 /// state or name gives what reading nil gives. [-0, +0, -]
 template<class R, class... A>
 R call(lua_State* L, const char* globalName, A... args)
