@@ -12,7 +12,7 @@ namespace {
 using Quor::GlibStatus;
 
 constexpr long mostInstructions = 20000;
-constexpr std::size_t mostBytes = 4 << 20;
+constexpr std::size_t mostBytes = 1 << 20; ///< what it copies again and again takes time, too
 
 /// What reaches files, processes and native code, and the loops of the interpreter itself that no hook ends.
 constexpr char closing[] = R"(

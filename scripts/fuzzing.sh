@@ -12,7 +12,7 @@ fuzz_target() {
     local target=$1 found=build/fuzz/corpus/$1
     shift
     mkdir -p "$found"
-    UBSAN_OPTIONS=print_stacktrace=1 build/fuzz/bin/"fuzz_$target" -dict="fuzz/$target.dict" -max_len=512 -timeout=10 \
+    UBSAN_OPTIONS=print_stacktrace=1 build/fuzz/bin/"fuzz_$target" -dict="fuzz/$target.dict" -max_len=512 -timeout=25 \
         -detect_leaks=0 -print_final_stats=1 -artifact_prefix="build/fuzz/$target-" "$@" "$found" "fuzz/seeds/$target"
 }
 
