@@ -41,7 +41,7 @@ void pushGlobal(lua_State* L, const char* name);
 
 /// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
 /// [-0, +0, v]
-void raiseOverflow(lua_State* L, const char* what);
+[[noreturn]] void raiseOverflow(lua_State* L, const char* what);
 
 namespace detail {
 
@@ -85,6 +85,16 @@ bool run(lua_State* L, Work work)
     return reserve(L, 0) && run(L, 0, 0, work);
 }
 
+/// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such
+/// slot.
+template<class Work>
+bool runOn(lua_State* L, int index, Work work)
+{
+    if (!isSlot(L, index) || !reserve(L, 1)) return false;
+    lua_pushvalue(L, index);
+    return run(L, 1, 0, work);
+}
+
 /// As `run` without arguments, for a caller that tells failures apart: the status of lua_pcall. [-0,
 /// +results,
 /// -]
@@ -95,16 +105,6 @@ int statusOf(lua_State* L, Work work)
     if (!reserve(L, 0)) return LUA_ERRMEM;
     detail::Task task = detail::taskOf(work);
     return detail::call(L, 0, 0, task);
-}
-
-/// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such
-/// slot.
-template<class Work>
-bool runOn(lua_State* L, int index, Work work)
-{
-    if (!L || !isSlot(L, index) || !reserve(L, 1)) return false;
-    lua_pushvalue(L, index);
-    return run(L, 1, 0, work);
 }
 
 } // namespace quorlua::guard
