@@ -1,5 +1,7 @@
 #include "Untrusted.h"
 
+#include "SystemPath.h"
+
 #include <QuorCommon/QuorSystem.h>
 #include <QuorPureScriptor/lua_tinker.h>
 #include <cstring>
@@ -86,7 +88,7 @@ int load(lua_State* L)
 bool isBelow(const fs::path& file, const char* folder)
 {
     std::error_code error;
-    const fs::path root = fs::canonical(folder, error);
+    const fs::path root = fs::canonical(systemPath(folder), error);
     if (error) return false;
     const fs::path relative = file.lexically_relative(root);
     return !relative.empty() && *relative.begin() != "..";
@@ -96,7 +98,7 @@ bool isBelow(const fs::path& file, const char* folder)
 bool readConfined(const char* path, std::string& bytes)
 {
     std::error_code error;
-    const fs::path file = fs::canonical(path, error);
+    const fs::path file = fs::canonical(systemPath(path), error);
     if (error || !fs::is_regular_file(file, error)) return false;
     if (!isBelow(file, QuorSystem::quorEnv()) && !isBelow(file, QuorSystem::getCurrentProjPath()))
         return false;

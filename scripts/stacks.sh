@@ -1,4 +1,5 @@
-## stacks             runs each test program on a stack of 1 MB and of 8 MB, the library's on 256 KB as well
+## stacks [KB...]     runs each test program on a stack of 1024 KB and of 8192 KB, the library's on 256 KB as well, or on
+##                    those named
 source scripts/programs.sh
 
 # The command is a program with a stack of its own choice, and it is not made for a small one.
@@ -10,9 +11,11 @@ on_stack() {
 }
 
 programs=$(build_programs dev)
-for size in 256 1024 8192; do
+sizes=("$@")
+[[ $# -gt 0 ]] || sizes=(256 1024 8192)
+for size in "${sizes[@]}"; do
     for program in $programs; do
-        [[ $size != 256 || $of_the_command != *" $program "* ]] || continue
+        [[ $size -ge 1024 || $of_the_command != *" $program "* ]] || continue
         count_run "$program on a stack of $size KB" build/dev/stacks.log on_stack "$size" "$program"
     done
 done

@@ -3,7 +3,7 @@ source scripts/programs.sh
 need valgrind
 
 # Programs that start the command and others, which are not what is tested here.
-left_out=' test_quor test_call test_config_command test_language test_samples test_project '
+left_out=' test_quor test_call test_config_command test_command_limits test_language test_samples test_project '
 # Minutes each.
 slow=' test_glib test_primary test_threads test_serializer test_serializer_memory test_config_memory '
 

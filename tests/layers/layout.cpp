@@ -56,6 +56,13 @@ static_assert(std::is_same_v<quorlua::LuaLRegHelper::Map,
 QUOR_FIELD(quorlua::LuaLRegHelper, lists_, quorlua::LuaLRegHelper::Map*, 0);
 QUOR_FIELD(quorlua::LuaLRegHelper, merged_, std::vector<luaL_Reg*>*, 8);
 
+static_assert(isRecord<quorlua::ScriptLimits>(24));
+QUOR_FIELD(quorlua::ScriptLimits, seconds, double, 0);
+QUOR_FIELD(quorlua::ScriptLimits, bytes, std::size_t, 8);
+QUOR_FIELD(quorlua::ScriptLimits, untrusted, bool, 16);
+static_assert(isNumbered(quorlua::LimitReached::None, 0) && isNumbered(quorlua::LimitReached::Time, 1) &&
+              isNumbered(quorlua::LimitReached::Memory, 2));
+
 static_assert(isRecord<quorlua::CallItem>(8) && sizeof(quorlua::CallItem::truth) == 1);
 static_assert(sizeof(quorconfig::TempPermitNull) == 1);
 

@@ -109,6 +109,13 @@ TEST(Untrusted, FindsModulesOfTheInstallationAlone)
                 HasSubstr("no file of the installation"));
 }
 
+TEST(Untrusted, FindsModulesOfAnInstallationNamedInChinese)
+{
+    const ScratchFolder folder;
+    folder.write("阀门/bin/inside.lua", "return 'inside'");
+    EXPECT_EQ(valueOf("require('inside')", {"--installation", folder.path("阀门")}), "inside");
+}
+
 TEST(Untrusted, FollowsNoLinkOutOfTheInstallation)
 {
     const ScratchFolder folder;

@@ -49,7 +49,7 @@ TEST(ScriptLimits, AreOffUntilAHostAsks)
 TEST(ScriptLimits, LeaveStatesThatAreThereAsTheyAre)
 {
     QuorGlibScriptor scriptor;
-    const Limited limited(0.05, 2 * megabyte);
+    const Limited limited(0.25, 2 * megabyte);
     EXPECT_EQ(runChunk(scriptor, "debug.sethook() s = string.rep('x', 4e6)"), GlibStatus::Ok);
 }
 
@@ -83,7 +83,7 @@ TEST(TimeLimit, MayBeLongerThanAnyClockCounts)
 TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor, "function forever()\n while true do end\nend"), GlibStatus::Ok);
     EXPECT_EQ(scriptor.callSeg("forever"), GlibStatus::ScriptFailed);
@@ -95,24 +95,24 @@ TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 TEST(TimeLimit, ReportsOnceWhereTheScriptStood)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor, "function forever()\n while true do pcall(error) end\nend"), GlibStatus::Ok);
     EXPECT_EQ(scriptor.callSeg("forever"), GlibStatus::ScriptFailed);
     ASSERT_EQ(reports.all().size(), 1U);
     EXPECT_THAT(reports.all()[0],
-                testing::HasSubstr(":2: time limit: the script was stopped after 0.05 seconds"));
+                testing::HasSubstr(":2: time limit: the script was stopped after 0.25 seconds"));
 }
 
 TEST(TimeLimit, LeavesAStateThatWorks)
 {
     const Reports reports;
-    const Limited limited(0.1);
+    const Limited limited(0.3);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor,
                        "n = 0\n"
                        "function forever() while true do n = n + 1 end end\n"
-                       "function count() local t = {} for i = 1, 20000 do t[i] = {} end n = #t end\n"
+                       "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
                        "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
               GlibStatus::Ok);
     lua_State* L = scriptor.getLua(false);
@@ -120,7 +120,7 @@ TEST(TimeLimit, LeavesAStateThatWorks)
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(scriptor.callSeg("forever"), GlibStatus::ScriptFailed);
         EXPECT_EQ(scriptor.callSeg("count"), GlibStatus::Ok);
-        EXPECT_EQ(luatext::shown(L, "n"), "20000");
+        EXPECT_EQ(luatext::shown(L, "n"), "500");
         EXPECT_EQ(lua_gettop(L), top);
     }
     EXPECT_EQ(scriptor.callSeg("co"), GlibStatus::ScriptFailed);
@@ -169,7 +169,7 @@ TEST(TimeLimit, IsThatOfTheOutermostOperation)
 TEST(TimeLimit, HoldsForEveryOperationThatRunsScripts)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     const ScriptFolder folder;
     const std::string forever = folder.write("forever.lua", "while true do end");
     QuorGlibScriptor scriptor;
@@ -204,7 +204,7 @@ TEST(TimeLimit, HoldsForEveryOperationThatRunsScripts)
 TEST(TimeLimit, HoldsWhileAStateIsClosed)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     {
         QuorGlibScriptor scriptor;
         ASSERT_EQ(
@@ -219,7 +219,7 @@ TEST(TimeLimit, HoldsWhileAStateIsClosed)
 TEST(TimeLimit, LetsNoScriptTakeAwayTheHook)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor, "ok, text = pcall(debug.sethook)"), GlibStatus::Ok);
     EXPECT_THAT(luatext::shown(scriptor.getLua(false), "text"),
@@ -237,7 +237,7 @@ void hookOfHost(lua_State* L, lua_Debug*)
 TEST(TimeLimit, SharesTheHookWithAHostThatAsksItself)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor, "function forever() while true do end end"), GlibStatus::Ok);
     lua_sethook(scriptor.getLua(false), hookOfHost, LUA_MASKCOUNT, 1000);
@@ -251,7 +251,7 @@ TEST(TimeLimit, SharesTheHookWithAHostThatAsksItself)
 TEST(TimeLimit, TakesTheHookBackWhenAHostLeavesIt)
 {
     const Reports reports;
-    const Limited limited(0.05);
+    const Limited limited(0.25);
     QuorGlibScriptor scriptor;
     ASSERT_EQ(runChunk(scriptor, "function forever() while true do end end"), GlibStatus::Ok);
     lua_sethook(scriptor.getLua(false), nullptr, 0, 0);

@@ -1,0 +1,10 @@
+#include "../SystemPath.h"
+
+namespace quorlua {
+
+std::filesystem::path systemPath(const char* name)
+{
+    return name;
+}
+
+} // namespace quorlua
