@@ -135,6 +135,13 @@ bool pushHandler(lua_State* L)
     return pushStored(L, handlerKey, lua_tinker::on_error);
 }
 
+bool pushSlot(lua_State* L, int index)
+{
+    if (!isSlot(L, index) || !reserve(L, 1)) return false;
+    lua_pushvalue(L, index);
+    return true;
+}
+
 void pushGlobal(lua_State* L, const char* name)
 {
     if (!lua_getmetatable(L, LUA_GLOBALSINDEX)) [[likely]] {

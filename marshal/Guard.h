@@ -28,6 +28,10 @@ int absolute(lua_State* L, int index);
 /// [-0, +(0|1), -]
 bool pushHandler(lua_State* L);
 
+/// Pushes the value of a slot, as an argument of guarded work. False, with nothing pushed, when there is no
+/// such slot or no room. [-0, +(0|1), -]
+bool pushSlot(lua_State* L, int index);
+
 /// Makes room for `slots` more values in the frame of guarded work; false when the frame's limit does not
 /// allow it.
 /// [-0, +0, m]
@@ -85,16 +89,6 @@ bool run(lua_State* L, Work work)
     return reserve(L, 0) && run(L, 0, 0, work);
 }
 
-/// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such
-/// slot.
-template<class Work>
-bool runOn(lua_State* L, int index, Work work)
-{
-    if (!isSlot(L, index) || !reserve(L, 1)) return false;
-    lua_pushvalue(L, index);
-    return run(L, 1, 0, work);
-}
-
 /// As `run` without arguments, for a caller that tells failures apart: the status of lua_pcall. [-0,
 /// +results,
 /// -]
@@ -105,6 +99,14 @@ int statusOf(lua_State* L, Work work)
     if (!reserve(L, 0)) return LUA_ERRMEM;
     detail::Task task = detail::taskOf(work);
     return detail::call(L, 0, 0, task);
+}
+
+/// As `run`, with the value of one slot of the caller's as the one argument. False when there is no such
+/// slot.
+template<class Work>
+bool runOn(lua_State* L, int index, Work work)
+{
+    return pushSlot(L, index) && run(L, 1, 0, work);
 }
 
 } // namespace quorlua::guard

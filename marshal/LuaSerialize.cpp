@@ -90,7 +90,7 @@ void LuaSerialize::init()
 lua_State* LuaSerialize::getLua()
 {
     init();
-    return helper && !isAway ? helper->getL() : nullptr;
+    return helper ? helper->getL() : nullptr;
 }
 
 const char* LuaSerialize::serial(int index)

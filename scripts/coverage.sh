@@ -4,13 +4,19 @@ need gcovr
 # What must be reached, per cent of the branches.
 kept='glib/=100 marshal/=100 include/=100 scriptor/loading.cpp=100 platform/QuorPureScriptor/src/load.cpp=100 library=95'
 
-source scripts/programs.sh
-
 # The programs are those of dev, which find the libraries that count in place of their own: no test is compiled twice.
 # Left out is who starts the command, looks at what was built, brings its own copies of the library's sources, or asks
 # other libraries of the platform alone. Of the command's tests those of scripts that nobody trusts are the library's.
 left_out=' test_quor test_call test_config_command test_language test_project test_glib_inside test_scriptor_inside
     test_values test_primary test_common test_msghandle test_platform_memory '
+need "${build_packages[@]}"
+mkdir -p build
+flock -o build/dev.lock cmake --preset dev >/dev/null
+mapfile -t programs < <(ninja -C build/dev -t targets all | sed -n 's,^bin/\(\(test\|replay\)_[a-z_]*\): .*,\1,p' |
+    while read -r program; do
+        [[ $left_out == *[[:space:]]"$program"[[:space:]]* ]] || echo "$program"
+    done)
+build dev "${programs[@]}" >&2
 build coverage >&2
 find build/coverage -name '*.gcda' -delete
 
@@ -25,9 +31,7 @@ run_counting() {
     echo "$1"
 }
 export -f run_counting say
-broken=$(for program in $(build_programs dev); do
-    [[ $left_out == *[[:space:]]"$program"[[:space:]]* ]] || echo "$program"
-done | xargs -P "$(nproc)" -I{} bash -c 'run_counting {}' | wc -l)
+broken=$(printf '%s\n' "${programs[@]}" | xargs -P "$(nproc)" -I{} bash -c 'run_counting {}' | wc -l)
 
 # That a handler does not fit what was thrown is no branch of ours: nothing is thrown here that is no std::exception.
 gcovr --root . --object-directory build/coverage --exclude-unreachable-branches \
