@@ -245,6 +245,7 @@ TEST_F(FullFrame, CallsInTwoStepsAndReadsOrFails)
     int read = 0;
     for (int free = 2; free < 32; ++free) {
         const auto host = [&read](lua_State* state) {
+            ASSERT_TRUE(lua_checkstack(state, 1));
             lua_getglobal(state, "count");
             int result = 77;
             read += callLuaFunc1(state, "count", 0, "i", &result) ? 1 : 0;
