@@ -134,14 +134,14 @@ struct PolylineField {
     }
 };
 
-/// A table whose values are polylines.
+/// A table whose values are polylines. It is read where a table stands (`OptionalTable`).
 struct LoopsField {
     using Value = std::vector<std::vector<QuorPolyDesc>>;
     static constexpr const char* letter = "table of PL";
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolylines(record.L, lua_gettop(record.L), value);
+        return values::readPolylines(record.L, lua_gettop(record.L), value);
     }
 };
 

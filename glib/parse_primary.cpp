@@ -5,7 +5,6 @@
 #include <QuorScriptor/primitives.h>
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cmath>
 
 namespace quorlua {
@@ -153,8 +152,8 @@ bool Walk::takeRecord(int index)
     double number = 0;
     if (!values::readNumber(L_, -1, number)) return false;
     const long long code = values::toInteger(number);
-    const std::size_t length = lua_objlen(L_, index);
-    const Record record{L_, index, length < INT_MAX ? static_cast<int>(length) : INT_MAX, hatch_, reports_};
+    // The interpreter counts a table's length as an int.
+    const Record record{L_, index, static_cast<int>(lua_objlen(L_, index)), hatch_, reports_};
     if (code == groupKind.code) {
         std::tuple<RecordsField::Value> none;
         if (!readFields(groupKind.fields, record, none)) return false;

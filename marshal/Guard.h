@@ -28,6 +28,10 @@ int absolute(lua_State* L, int index);
 /// [-0, +(0|1), -]
 bool pushHandler(lua_State* L);
 
+/// Pushes the value of a slot, as an argument of guarded work. False, with nothing pushed, when there is no
+/// such slot or no room. [-0, +(0|1), -]
+bool pushSlot(lua_State* L, int index);
+
 /// Makes room for `slots` more values in the frame of guarded work; false when the frame's limit does not
 /// allow it.
 /// [-0, +0, m]
@@ -41,7 +45,7 @@ void pushGlobal(lua_State* L, const char* name);
 
 /// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
 /// [-0, +0, v]
-void raiseOverflow(lua_State* L, const char* what);
+[[noreturn]] void raiseOverflow(lua_State* L, const char* what);
 
 namespace detail {
 
@@ -102,9 +106,7 @@ int statusOf(lua_State* L, Work work)
 template<class Work>
 bool runOn(lua_State* L, int index, Work work)
 {
-    if (!L || !isSlot(L, index) || !reserve(L, 1)) return false;
-    lua_pushvalue(L, index);
-    return run(L, 1, 0, work);
+    return pushSlot(L, index) && run(L, 1, 0, work);
 }
 
 } // namespace quorlua::guard

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace quorlua {
@@ -18,6 +19,8 @@ namespace limits {
 using Clock = std::chrono::steady_clock;
 
 struct Limiter {
+    Limiter() noexcept = default;
+
     /// The state's own allocator.
     lua_Alloc allocate = nullptr;
     void* allocator = nullptr;
@@ -108,8 +111,10 @@ void setHook(lua_State* L, int instructions)
 /// Tells where the script stood, past "_ALERT": nothing of the script's runs any more.
 void report(lua_State* L, const Limiter& limiter)
 {
-    lua_Debug frame;
-    if (lua_getstack(L, 0, &frame) && lua_getinfo(L, "Sl", &frame) && frame.currentline > 0)
+    lua_Debug frame{};
+    lua_getstack(L, 0, &frame); // of a running function: whoever calls will raise an error in it
+    lua_getinfo(L, "Sl", &frame);
+    if (frame.currentline > 0)
         lua_tinker::print_error(nullptr, "%s:%d: %s", frame.short_src, frame.currentline, limiter.message);
     else
         lua_tinker::print_error(nullptr, "%s", limiter.message);
@@ -134,8 +139,7 @@ void count(lua_State* L, lua_Debug*)
 {
     Limiter* limiter = limiterOf(L);
     if (!limiter) return;
-    const bool isOver = limiter->operations > 0 && isTimed(*limiter) &&
-                        (limiter->isOver || Clock::now() >= limiter->deadline);
+    const bool isOver = limiter->operations > 0 && (limiter->isOver || Clock::now() >= limiter->deadline);
     const int wanted = isOver ? 1 : usualCount;
     if (lua_gethookcount(L) != wanted) setHook(L, wanted);
     check(L, *limiter);
@@ -257,14 +261,9 @@ bool limitNewState(lua_State* L)
 
 void closeState(lua_State* L)
 {
-    Limiter* limiter = limiterOf(L);
-    if (!limiter) {
-        lua_close(L);
-        return;
-    }
+    const std::unique_ptr<Limiter> limiter(limiterOf(L));
     begin(L);
     lua_close(L);
-    delete limiter;
 }
 
 bool hasTimeLimit(lua_State* L)

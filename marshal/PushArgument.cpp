@@ -122,11 +122,8 @@ void pushArgument(lua_State* L, char letter, const CallItem& item)
         pushFilled(L, values::sizeHint(object<'k'>(item)), 0,
                    [&](int table) { setKVdataArray(L, table, object<'k'>(item)); });
         break;
-    case 'x':
+    default: // 'x'
         values::pushTextStyle(L, static_cast<const GlibTextStyle*>(item.address));
-        break;
-    default:
-        lua_pushnil(L);
     }
 }
 

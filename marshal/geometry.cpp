@@ -265,7 +265,7 @@ bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
 {
     return readArray(L, index, texts, [L](int table, int key, std::string& text) {
         const char* read = nullptr;
-        if (!getAString(L, table, key, read) || !read) return false;
+        if (!getAString(L, table, key, read)) return false;
         text = read;
         return true;
     });

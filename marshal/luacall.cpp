@@ -201,7 +201,7 @@ int prepareWithList(lua_State* L, const char* function, const char* format, va_l
     return count;
 }
 
-void raiseTooManyArguments(lua_State* L)
+[[noreturn]] void raiseTooManyArguments(lua_State* L)
 {
     guard::raiseOverflow(L, "too many arguments");
 }

@@ -86,7 +86,7 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
 
 GlibStatus QuorGlibScriptor::reloadLua(int bits)
 {
-    if (!fileName_ || !*fileName_) return GlibStatus::ScriptFailed;
+    if (!fileName_) return GlibStatus::ScriptFailed;
     long long time = 0;
     if (!quorsys::fileModificationTime(fileName_, time)) return lastStatus_ = GlibStatus::FileNotExamined;
     quorlua::currentContext().reset();

@@ -99,6 +99,7 @@ TEST_F(Calls, WithoutAFunctionOrAFormatAreFalse)
     EXPECT_FALSE(callWithList(nullptr, "count", "i", 1));
     EXPECT_FALSE(callLuaItems(L, "count", nullptr, nullptr));
     EXPECT_FALSE(callLuaItems(nullptr, "count", "", nullptr));
+    EXPECT_FALSE(callLuaItems(L, nullptr, "", nullptr));
     EXPECT_EQ(shown("calls"), "nil");
     EXPECT_EQ(lua_gettop(L), 0);
 }

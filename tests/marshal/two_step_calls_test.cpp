@@ -154,6 +154,13 @@ TEST_F(TwoStepCalls, PrintAnErrorAndLeaveItsMessage)
     EXPECT_THAT(alerts, ElementsAre("error running function `the name': no such size"));
 }
 
+TEST_F(TwoStepCalls, PrintAnErrorWithoutANameToo)
+{
+    run("function fail() error('no such size', 0) end");
+    EXPECT_FALSE(callLuaFunc1(L, nullptr, prepareCallParam(L, "fail", ""), ""));
+    EXPECT_THAT(alerts, ElementsAre("error running function `': no such size"));
+}
+
 TEST_F(TwoStepCalls, PrintErrorsThatAreNoText)
 {
     const struct {

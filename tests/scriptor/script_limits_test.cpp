@@ -53,6 +53,33 @@ TEST(ScriptLimits, LeaveStatesThatAreThereAsTheyAre)
     EXPECT_EQ(runChunk(scriptor, "debug.sethook() s = string.rep('x', 4e6)"), GlibStatus::Ok);
 }
 
+TEST(ScriptLimits, ArePutOnStatesThatNobodyTrustsAlone)
+{
+    const Limited limited(0, 0, true);
+    QuorGlibScriptor scriptor;
+    EXPECT_EQ(runChunk(scriptor, "x = io"), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "x"), "nil");
+    EXPECT_EQ(lua_gethook(scriptor.getLua(false)), nullptr);
+}
+
+TEST(ScriptLimits, OfAStateWithoutAnyAreNotReached)
+{
+    QuorGlibScriptor before;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    quorlua::checkScriptLimits(before.getLua(false));
+    quorlua::checkScriptLimits(nullptr);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
+TEST(TimeLimit, MayBeLongerThanAnyClockCounts)
+{
+    const Limited limited(1e300);
+    QuorGlibScriptor scriptor;
+    EXPECT_EQ(runChunk(scriptor, "for i = 1, 1e5 do local t = {} end"), GlibStatus::Ok);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
 TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 {
     const Reports reports;
@@ -82,11 +109,10 @@ TEST(TimeLimit, LeavesAStateThatWorks)
     const Reports reports;
     const Limited limited(0.3);
     QuorGlibScriptor scriptor;
-    ASSERT_EQ(runChunk(scriptor,
-                       "n = 0\n"
-                       "function forever() while true do n = n + 1 end end\n"
-                       "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
-                       "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
+    ASSERT_EQ(runChunk(scriptor, "n = 0\n"
+                                 "function forever() while true do n = n + 1 end end\n"
+                                 "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
+                                 "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
               GlibStatus::Ok);
     lua_State* L = scriptor.getLua(false);
     const int top = lua_gettop(L);
@@ -232,6 +258,51 @@ TEST(TimeLimit, TakesTheHookBackWhenAHostLeavesIt)
     EXPECT_EQ(takeLimitReached(), LimitReached::Time);
 }
 
+/// A function for scripts that takes its time, and asks for the limits at its end.
+int waitAndAsk(lua_State* L)
+{
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(300)) {
+    }
+    quorlua::checkScriptLimits(L);
+    return 0;
+}
+
+TEST(TimeLimit, HasNoPlaceToReportInAFunctionOfTheHost)
+{
+    const Reports reports;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "waitAndAsk", waitAndAsk);
+    EXPECT_EQ(runChunk(scriptor, "waitAndAsk()"), GlibStatus::ScriptFailed);
+    ASSERT_FALSE(reports.all().empty());
+    EXPECT_EQ(reports.all()[0], "time limit: the script was stopped after 0.25 seconds");
+}
+
+void* allocateByAnother(void* other, void* block, std::size_t before, std::size_t size)
+{
+    const auto& [allocate, user] = *static_cast<std::pair<lua_Alloc, void*>*>(other);
+    return allocate(user, block, before, size);
+}
+
+TEST(TimeLimit, IsNoneWhileAHostHasAnAllocatorOfItsOwn)
+{
+    const Reports reports;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "function wait() local start = os.clock() while os.clock() - start < 0.3 do end end"),
+              GlibStatus::Ok);
+    lua_State* L = scriptor.getLua(false);
+    std::pair<lua_Alloc, void*> own{};
+    own.first = lua_getallocf(L, &own.second);
+    lua_setallocf(L, allocateByAnother, &own);
+    EXPECT_EQ(scriptor.callSeg("wait"), GlibStatus::Ok);
+    lua_setallocf(L, own.first, own.second);
+    EXPECT_EQ(scriptor.callSeg("wait"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+}
+
 TEST(TimeLimit, IsNoneOutsideOfOperations)
 {
     const Limited limited(0.01);
@@ -296,6 +367,29 @@ TEST(MemoryLimit, RefusesNothingToAHostOutsideOfOperations)
     lua_pop(L, 1);
     lua_gc(L, LUA_GCCOLLECT, 0);
     EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::Ok);
+}
+
+TEST(MemoryLimit, CountsWhatAHostHolds)
+{
+    const Limited limited(0, 4 * megabyte);
+    QuorGlibScriptor scriptor;
+    lua_State* L = scriptor.getLua(false);
+    ASSERT_NE(L, nullptr);
+    const int top = lua_gettop(L);
+    lua_newuserdata(L, 8 * megabyte);
+    EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Memory);
+    scriptor.initLua();
+    EXPECT_EQ(lua_gettop(scriptor.getLua(false)), top);
+    EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::Ok);
+}
+
+TEST(MemoryLimit, IsNoLimitOfTimeWhereAHostAsks)
+{
+    const Limited limited(0, 4 * megabyte);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "waitAndAsk", waitAndAsk);
+    EXPECT_EQ(runChunk(scriptor, "waitAndAsk()"), GlibStatus::Ok);
 }
 
 TEST(MemoryLimit, BelowWhatTheLibrariesTakeLeavesNoState)
