@@ -1,12 +1,15 @@
 ## bench-batch [N]    draws N sizes (default 500) of every sample component by one thread and by two: components per
 ##                    second, and the processor time of each
-# Runs of one thread and of two take turns, and the best of each counts: what disturbs a run only makes it longer.
+# Runs of one thread and of two take turns, and the best of each counts: what disturbs a run only makes it longer. The
+# results go to memory, else a folder's lock would be measured as well; QUOR_BENCH_FOLDER names another place.
 sizes=${1:-500} rounds=7
 if [[ -z ${QUOR_BENCH_COMMAND:-} ]]; then
     build release quor
     QUOR_BENCH_COMMAND=$PWD/build/release/bin/quor
 fi
-folder=$(mktemp -d)
+place=${QUOR_BENCH_FOLDER:-/dev/shm}
+[[ -d $place ]] || place=/tmp
+folder=$(mktemp -d -p "$place")
 trap 'rm -rf "$folder"' EXIT
 
 for ((size = 0; size < sizes; ++size)); do
