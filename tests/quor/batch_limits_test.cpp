@@ -116,7 +116,9 @@ TEST(BatchInterruption, EndsBehindTheJobsThatAreBegunAndTheNextRunDoesTheRest)
         batch.add({{"script", interrupts}}, "1");
         batch.add({{"script", good}}, "2");
         batch.add({{"script", good}}, "3");
-        CommandRun run = batch.run({"--threads", "1"});
+        // Who starts the tests may let them ignore the signals.
+        CommandRun run = runProgram(
+            {"env", "--default-signal=INT,TERM", quorCommand(), "batch", batch.write(), "--threads", "1"});
         EXPECT_EQ(run.exitCode, interruption.exitCode) << run.errors;
         EXPECT_THAT(run.errors, HasSubstr(": 4 jobs: 2 drawn, 2 not begun\n"));
         run = batch.run({"--threads", "1"});
