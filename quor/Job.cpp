@@ -24,7 +24,7 @@ std::string pathIn(const JsonNode& node, std::string_view expected)
 {
     const std::string utf8 = node.text(expected);
     if (utf8.empty()) node.fail(expected);
-    const std::string path = terminal::fromUtf8(utf8);
+    std::string path = terminal::fromUtf8(utf8);
     terminal::systemName(path, fmt::format("{}: {}", node.place(), path));
     return path;
 }
@@ -67,7 +67,7 @@ void readFactor(const JsonNode& node, ScriptOptions& script)
 std::string readFormat(const JsonNode& node)
 {
     constexpr std::string_view form = "\"json\" or \"text\" is";
-    const std::string format = node.text(form);
+    std::string format = node.text(form);
     if (format != "json" && format != "text") node.fail(form);
     return format;
 }
