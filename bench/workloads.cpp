@@ -42,10 +42,10 @@ constexpr Way getText[] = {{"raw", getTextRaw,                      0,    0},
 constexpr Workload all[] = {{"call ss>i", 20000, callStatus},
                             {"call p>ipp", 10000, callExchange},
                             {"read 1000 points", 40, readPoints},
-                            {"write 1000 points", 20, writePoints},
+                            {"write 1000 points", 100, writePoints},
                             {"read a 4x4 matrix", 5000, readMatrix},
                             {"write a 4x4 matrix", 5000, writeMatrix},
-                            {"parse 1000 records", 20, parseRecords},
+                            {"parse 1000 records", 60, parseRecords},
                             {"new state", 60, newState},
                             {"text getter", 20000, getText}};
 // clang-format on

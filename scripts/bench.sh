@@ -7,13 +7,14 @@ count_instructions() {
     rm -rf "$folder"
     mkdir -p "$folder"
     # An empty environment: its size moves the stack, and by that what is stored by address.
-    env -i LC_ALL=C valgrind --tool=callgrind --callgrind-out-file="$folder/out" \
-        build/bench/bin/quor_bench --count >"$folder/log" 2>&1 || {
+    build/bench/bin/quor_bench --list | xargs -d '\n' -P "$(nproc)" -I '{}' \
+        env -i LC_ALL=C valgrind --quiet --tool=callgrind --callgrind-out-file="$folder/out.%p" \
+        build/bench/bin/quor_bench --count '{}' >"$folder/log" 2>&1 || {
         cat "$folder/log" >&2
         return 1
     }
     awk '/^desc: Trigger: Client Request: / { sub(/^desc: Trigger: Client Request: /, ""); name = $0 }
-         /^totals: / { print $2, name }' "$folder"/out.* | build/bench/bin/quor_bench --report
+         /^totals: / && name { print $2, name; name = "" }' "$folder"/out.* | build/bench/bin/quor_bench --report
 }
 
 if [[ ${1:-} == --instructions ]]; then
