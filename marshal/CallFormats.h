@@ -95,9 +95,8 @@ bool pushKnownArgument(lua_State* L, char letter, const CallItem& item);
 /// caller's frame. [-0, +1, m]
 void pushArgument(lua_State* L, char letter, const CallItem& item);
 
-/// Reads the `count` results on top of the caller's stack into the items' addresses. `kept`, unless null,
-/// becomes the highest slot that a result handed out as a table handle stands in. Throws only when memory
-/// runs out.
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int* kept);
+/// Reads the `count` results on top of the caller's stack into the items' addresses. Where a result is handed
+/// out as a table handle, `kept` becomes the slot it stands in. Throws only when memory runs out.
+bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept);
 
 } // namespace quorlua::call

@@ -229,7 +229,7 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
 
 } // namespace
 
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int* kept)
+bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept)
 {
     if (count == 0) return true;
     const int first = lua_gettop(L) - count + 1;
@@ -237,11 +237,9 @@ bool readResultsByFormat(lua_State* L, const char* format, int count, const Call
     while (nils < count && lua_isnil(L, first + nils))
         ++nils;
     if (nils == count) return false;
-    int highest = 0;
     for (int i = 0; i < count; ++i) {
         if (kindsOf(format[i]).result == CallItemKind::None) return false;
-        readResult(L, first + i, format[i], items[i], highest);
-        if (kept && highest > *kept) *kept = highest;
+        readResult(L, first + i, format[i], items[i], kept);
     }
     return true;
 }

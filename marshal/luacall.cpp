@@ -125,10 +125,9 @@ Outcome prepareRest(lua_State* L, const Call& call, const char* function, int fr
 
 /// Pushes the function, where there is a name for one, and its arguments. What takes no memory is pushed
 /// here, the rest in guarded code: in the common case there is none, and the call itself is the only
-/// protected one. [-0, +values, -]
-Outcome prepare(lua_State* L, const Call& call)
+/// protected one. Whatever was pushed stays above `top`, unless it fails. [-0, +values, -]
+Outcome prepare(lua_State* L, const Call& call, int top)
 {
-    const int top = lua_gettop(L);
     const char* wanted = call.function;
     if (wanted && guard::pushKnownFunction(L, wanted)) wanted = nullptr;
     const int pushed = wanted ? 0 : pushKnownArguments(L, call);
@@ -145,16 +144,15 @@ int countOf(const call::Shape& shape)
     return shape.valid ? shape.arguments : 0;
 }
 
-/// The call: on Ok its results are on top of the caller's stack, above the message handler and, where a byte
-/// of the format was no letter, above what had been pushed before it.
-Outcome callAndLeaveResults(lua_State* L, const Call& call)
+/// The call: on Ok its results are on top of the caller's stack, above the message handler in the slot behind
+/// `top` and, where a byte of the format was no letter, above what had been pushed before it.
+Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
 {
     const call::Shape& shape = call.shape;
-    if (!guard::reserve(L, 2 + std::max(shape.arguments + 1, shape.results)))
-        return outcomeWithoutRoom(L, call);
+    const int handler = top + 1;
+    if (!guard::reserve(L, 2 + shape.arguments + shape.results)) return outcomeWithoutRoom(L, call);
     if (!guard::pushHandler(L)) return Outcome::Failed;
-    const int handler = lua_gettop(L);
-    const Outcome outcome = prepare(L, call);
+    const Outcome outcome = prepare(L, call, handler);
     if (outcome != Outcome::Ok) return outcome;
     return lua_pcall(L, countOf(shape), shape.results, handler) == 0 ? Outcome::Ok : Outcome::Failed;
 }
@@ -163,16 +161,16 @@ Outcome callAndRead(lua_State* L, const Call& call)
 {
     const limits::Operation operation(L);
     const int top = lua_gettop(L);
-    int kept = 0;
-    Outcome outcome = callAndLeaveResults(L, call);
+    int kept = top;
+    Outcome outcome = callAndLeaveResults(L, call, top);
     if (outcome == Outcome::Ok) {
         const bool read = guard::reserve(L, values::readerSlots) && values::withoutThrowing([&] {
                               return call::readResultsByFormat(L, call.shape.rest, call.shape.results,
-                                                               call.items + call.shape.arguments, &kept);
+                                                               call.items + call.shape.arguments, kept);
                           });
         if (!read) outcome = Outcome::Failed;
     }
-    lua_settop(L, kept > top ? kept : top);
+    lua_settop(L, kept);
     return outcome;
 }
 
@@ -201,7 +199,8 @@ int prepareWithList(lua_State* L, const char* function, const char* format, va_l
         call::Items items(shape.arguments);
         items.takeArguments(shape, format, list);
         const Call call{function, format, items.data(), shape};
-        outcome = guard::reserve(L, 2 + shape.arguments) ? prepare(L, call) : outcomeWithoutRoom(L, call);
+        outcome = guard::reserve(L, 2 + shape.arguments) ? prepare(L, call, lua_gettop(L))
+                                                         : outcomeWithoutRoom(L, call);
         if (outcome == Outcome::Ok) count = countOf(shape);
         return true;
     });
@@ -304,9 +303,10 @@ bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char*
     va_start(list, resultFormat);
     const bool read = values::withoutThrowing([&] {
         call::Items items(results);
+        int kept = 0; // all of them are, here
         items.takeResults(resultFormat, list);
         return guard::reserve(L, values::readerSlots) &&
-               call::readResultsByFormat(L, resultFormat, results, items.data(), nullptr);
+               call::readResultsByFormat(L, resultFormat, results, items.data(), kept);
     });
     va_end(list);
     lua_settop(L, top);
