@@ -31,6 +31,12 @@ struct Workload {
 /// All of them, in the order of the reports.
 std::span<const Workload> workloads();
 
+/// Whole roads of a host, and what grows with their size: counted as well, and compared with nothing.
+std::span<const Workload> roads();
+
+/// Prints what a record costs by their number and by how many threads parse them.
+int measureScaling();
+
 /// How often a workload is done: as Google Benchmark wants it, or a given number of times while callgrind
 /// counts.
 class Laps {

@@ -113,11 +113,12 @@ int measureTimes(int argc, char** argv)
     return 0;
 }
 
-int listWays()
+/// A line "LAPS WORKLOAD/WAY" each.
+int list(std::span<const Workload> list)
 {
-    for (const Workload& workload : workloads())
+    for (const Workload& workload : list)
         for (const Way& way : workload.ways)
-            std::printf("%s\n", nameOf(workload, way).c_str());
+            std::printf("%d %s\n", workload.laps, nameOf(workload, way).c_str());
     return 0;
 }
 
@@ -125,13 +126,14 @@ int listWays()
 /// behind change what the allocator does.
 int countInstructions(const std::string& name)
 {
-    for (const Workload& workload : workloads())
-        for (const Way& way : workload.ways)
-            if (nameOf(workload, way) == name) {
-                Laps laps(workload, way);
-                way.run(laps);
-                return 0;
-            }
+    for (const std::span<const Workload> list : {workloads(), roads()})
+        for (const Workload& workload : list)
+            for (const Way& way : workload.ways)
+                if (nameOf(workload, way) == name) {
+                    Laps laps(workload, way);
+                    way.run(laps);
+                    return 0;
+                }
     require(false, name.c_str());
     return 1;
 }
@@ -163,7 +165,9 @@ int reportInstructions()
 int main(int argc, char** argv)
 {
     const std::string mode = argc > 1 ? argv[1] : "";
-    if (mode == "--list") return bench::listWays();
+    if (mode == "--list") return bench::list(bench::workloads());
+    if (mode == "--roads") return bench::list(bench::roads());
+    if (mode == "--scaling") return bench::measureScaling();
     if (mode == "--count") return bench::countInstructions(argc > 2 ? argv[2] : "");
     if (mode == "--report") return bench::reportInstructions();
     return bench::measureTimes(argc, argv);
