@@ -50,9 +50,7 @@ bool prepare(lua_State* L, const char* function, Arguments... arguments)
     constexpr int mostArguments = 8;
     if (!L || !quorlua::guard::reserve(L, 2 + mostArguments)) return false;
     const int top = lua_gettop(L);
-    if (quorlua::guard::pushHandler(L) && quorlua::guard::pushKnownFunction(L, function) &&
-        (push(L, arguments) && ...))
-        return true;
+    if (quorlua::guard::pushHandlerAndKnownFunction(L, function) && (push(L, arguments) && ...)) return true;
     lua_settop(L, top);
     return false;
 }

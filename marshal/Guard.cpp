@@ -145,7 +145,8 @@ bool pushHandler(lua_State* L)
 bool pushKnownText(lua_State* L, const char* text)
 {
     lua_rawgeti(L, LUA_REGISTRYINDEX, textKey(text));
-    if (lua_type(L, -1) == LUA_TSTRING && std::strcmp(lua_tostring(L, -1), text) == 0) [[likely]]
+    const char* known = lua_tostring(L, -1);
+    if (known && std::strcmp(known, text) == 0) [[likely]]
         return true;
     lua_settop(L, -2);
     return false;
@@ -156,6 +157,16 @@ bool pushKnownFunction(lua_State* L, const char* name)
     if (!pushKnownText(L, name)) return false;
     lua_rawget(L, LUA_GLOBALSINDEX);
     if (lua_type(L, -1) == LUA_TFUNCTION) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name)
+{
+    // Where a text is known, guarded code has run, and the handler is there.
+    lua_rawgeti(L, LUA_REGISTRYINDEX, handlerKey);
+    if (pushKnownFunction(L, name)) [[likely]]
         return true;
     lua_settop(L, -2);
     return false;

@@ -59,6 +59,9 @@ bool pushKnownText(lua_State* L, const char* text);
 /// Needs a free slot. [-0, +(0|1), -]
 bool pushKnownFunction(lua_State* L, const char* name);
 
+/// The same above the message handler. Needs two free slots. [-0, +(0|2), -]
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name);
+
 /// Pushes a text, as `lua_pushstring` does. Needs two free slots. [-0, +1, m]
 void pushText(lua_State* L, const char* text);
 

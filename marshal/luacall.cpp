@@ -123,13 +123,12 @@ Outcome prepareRest(lua_State* L, const Call& call, const char* function, int fr
     return ran ? outcome : Outcome::Failed;
 }
 
-/// Pushes the function, where there is a name for one, and its arguments. What takes no memory is pushed
-/// here, the rest in guarded code: in the common case there is none, and the call itself is the only
-/// protected one. Whatever was pushed stays above `top`, unless it fails. [-0, +values, -]
-Outcome prepare(lua_State* L, const Call& call, int top)
+/// Pushes the function, where it is not there and there is a name for one, and its arguments. What takes no
+/// memory is pushed here, the rest in guarded code: in the common case there is none, and the call itself is
+/// the only protected one. Whatever was pushed stays above `top`, unless it fails. [-0, +values, -]
+Outcome prepare(lua_State* L, const Call& call, int top, bool isFunctionThere)
 {
-    const char* wanted = call.function;
-    if (wanted && guard::pushKnownFunction(L, wanted)) wanted = nullptr;
+    const char* wanted = isFunctionThere ? nullptr : call.function;
     const int pushed = wanted ? 0 : pushKnownArguments(L, call);
     if (!wanted && pushed == call.shape.arguments) return Outcome::Ok;
     const Outcome outcome = prepareRest(L, call, wanted, pushed);
@@ -151,8 +150,9 @@ Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
     const call::Shape& shape = call.shape;
     const int handler = top + 1;
     if (!guard::reserve(L, 2 + shape.arguments + shape.results)) return outcomeWithoutRoom(L, call);
-    if (!guard::pushHandler(L)) return Outcome::Failed;
-    const Outcome outcome = prepare(L, call, handler);
+    const bool isKnown = guard::pushHandlerAndKnownFunction(L, call.function);
+    if (!isKnown && !guard::pushHandler(L)) return Outcome::Failed;
+    const Outcome outcome = prepare(L, call, handler, isKnown);
     if (outcome != Outcome::Ok) return outcome;
     return lua_pcall(L, countOf(shape), shape.results, handler) == 0 ? Outcome::Ok : Outcome::Failed;
 }
@@ -199,7 +199,7 @@ int prepareWithList(lua_State* L, const char* function, const char* format, va_l
         call::Items items(shape.arguments);
         items.takeArguments(shape, format, list);
         const Call call{function, format, items.data(), shape};
-        outcome = guard::reserve(L, 2 + shape.arguments) ? prepare(L, call, lua_gettop(L))
+        outcome = guard::reserve(L, 2 + shape.arguments) ? prepare(L, call, lua_gettop(L), false)
                                                          : outcomeWithoutRoom(L, call);
         if (outcome == Outcome::Ok) count = countOf(shape);
         return true;
