@@ -62,30 +62,49 @@ inline Shape shapeOf(const char* format)
     return shape;
 }
 
-/// The items of a variable argument list, in an array.
-class Items {
-public:
-    /// Makes room for so many.
-    explicit Items(int count)
-    {
-        if (count > fewItems) more_.resize(static_cast<std::size_t>(count));
-        next_ = more_.empty() ? few_ : more_.data();
+/// Runs `work(items)` with room for so many items. Throws when memory runs out.
+template<class Work>
+auto withItems(int count, Work work)
+{
+    constexpr int fewItems = 24;
+    if (count <= fewItems) {
+        CallItem items[fewItems];
+        return work(items);
     }
-    Items(const Items&) = delete;
-    Items& operator=(const Items&) = delete;
+    std::vector<CallItem> items(static_cast<std::size_t>(count));
+    return work(items.data());
+}
 
-    /// Takes the items of the argument letters.
-    void takeArguments(const Shape& shape, const char* format, va_list& list);
-    /// Takes an output for every letter, up to the end or the first byte that is none.
-    void takeResults(const char* format, va_list& list);
-    const CallItem* data() const { return more_.empty() ? few_ : more_.data(); }
+/// Takes the items of the argument letters from a variable argument list.
+inline void takeArguments(const Shape& shape, const char* format, va_list& list, CallItem* items)
+{
+    for (int i = 0; i < shape.arguments; ++i) {
+        switch (kindsOf(format[i]).argument) {
+        case CallItemKind::Int:
+            items[i].integer = va_arg(list, int);
+            break;
+        case CallItemKind::Bool:
+            // A truth value arrives promoted to int, and only its low byte says anything.
+            items[i].truth = (va_arg(list, int) & 0xFF) != 0;
+            break;
+        case CallItemKind::Double:
+            items[i].number = va_arg(list, double);
+            break;
+        case CallItemKind::Int64:
+            items[i].integer64 = va_arg(list, long long);
+            break;
+        default:
+            items[i].address = va_arg(list, void*);
+        }
+    }
+}
 
-private:
-    static constexpr int fewItems = 24;
-    CallItem few_[fewItems];
-    CallItem* next_;
-    std::vector<CallItem> more_;
-};
+/// Takes an output for every letter, up to the end or the first byte that is none.
+inline void takeResults(const char* format, va_list& list, CallItem* items)
+{
+    for (; kindsOf(*format).result != CallItemKind::None; ++format)
+        (items++)->address = va_arg(list, void*);
+}
 
 /// Pushes an argument where that takes no memory; false, with nothing pushed, elsewhere. Needs a free slot.
 /// [-0, +(0|1), -]

@@ -181,10 +181,11 @@ Outcome callWithList(lua_State* L, const char* function, const char* format, va_
     Outcome outcome = Outcome::Failed;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
-        call::Items items(shape.arguments + shape.results);
-        items.takeArguments(shape, format, list);
-        items.takeResults(shape.rest, list);
-        outcome = callAndRead(L, {function, format, items.data(), shape});
+        outcome = call::withItems(shape.arguments + shape.results, [&](CallItem* items) {
+            call::takeArguments(shape, format, list, items);
+            call::takeResults(shape.rest, list, items + shape.arguments);
+            return callAndRead(L, {function, format, items, shape});
+        });
         return true;
     });
     return outcome;
@@ -196,11 +197,12 @@ int prepareWithList(lua_State* L, const char* function, const char* format, va_l
     int count = -1;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
-        call::Items items(shape.arguments);
-        items.takeArguments(shape, format, list);
-        const Call call{function, format, items.data(), shape};
-        outcome = guard::reserve(L, 2 + shape.arguments) ? prepare(L, call, lua_gettop(L), false)
-                                                         : outcomeWithoutRoom(L, call);
+        outcome = call::withItems(shape.arguments, [&](CallItem* items) {
+            call::takeArguments(shape, format, list, items);
+            const Call call{function, format, items, shape};
+            if (!guard::reserve(L, 2 + shape.arguments)) return outcomeWithoutRoom(L, call);
+            return prepare(L, call, lua_gettop(L), false);
+        });
         if (outcome == Outcome::Ok) count = countOf(shape);
         return true;
     });
@@ -302,11 +304,12 @@ bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char*
     va_list list;
     va_start(list, resultFormat);
     const bool read = values::withoutThrowing([&] {
-        call::Items items(results);
-        int kept = 0; // all of them are, here
-        items.takeResults(resultFormat, list);
-        return guard::reserve(L, values::readerSlots) &&
-               call::readResultsByFormat(L, resultFormat, results, items.data(), kept);
+        return call::withItems(results, [&](CallItem* items) {
+            int kept = 0; // all of them are, here
+            call::takeResults(resultFormat, list, items);
+            return guard::reserve(L, values::readerSlots) &&
+                   call::readResultsByFormat(L, resultFormat, results, items, kept);
+        });
     });
     va_end(list);
     lua_settop(L, top);
