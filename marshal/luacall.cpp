@@ -149,7 +149,9 @@ Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
 {
     const call::Shape& shape = call.shape;
     const int handler = top + 1;
-    if (!guard::reserve(L, 2 + shape.arguments + shape.results)) return outcomeWithoutRoom(L, call);
+    // The results take the place of the function and its arguments.
+    const int most = std::max(shape.arguments - countOf(shape) + shape.results, shape.arguments + 1);
+    if (!guard::reserve(L, 2 + most)) return outcomeWithoutRoom(L, call);
     const bool isKnown = guard::pushHandlerAndKnownFunction(L, call.function);
     if (!isKnown && !guard::pushHandler(L)) return Outcome::Failed;
     const Outcome outcome = prepare(L, call, handler, isKnown);
