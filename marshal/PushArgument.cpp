@@ -58,7 +58,7 @@ bool pushKnownArgument(lua_State* L, char letter, const CallItem& item)
 
 void pushArgument(lua_State* L, char letter, const CallItem& item)
 {
-    if (pushKnownArgument(L, letter, item)) return;
+    if (letter != 's' && pushKnownArgument(L, letter, item)) return;
     switch (letter) {
     case 'I':
         lua_tinker::push<long long>(L, item.integer64);
