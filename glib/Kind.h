@@ -82,7 +82,8 @@ struct Optional {
 
     bool read(const Record& record, int field, Value& value) const
     {
-        value.given = lookedAt.in(record.length) && Type::read(record, field, value.value);
+        value.given =
+            lookedAt.in(record.length) && record.mayHave(field) && Type::read(record, field, value.value);
         return true;
     }
 };

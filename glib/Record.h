@@ -35,6 +35,8 @@ struct Record {
     const HatchNumbers& hatch;
     std::vector<Report>& reports; ///< where complaints go
 
+    /// Whether a field may be there: the one behind the sequence part is not, by what that part is.
+    bool mayHave(int field) const { return field - 1 != length; }
     /// Pushes a field. [-0, +1, -]
     void push(int field) const { lua_rawgeti(L, index, field); }
     void complain(const char* message) const
@@ -54,7 +56,7 @@ bool readCoordinates(const Record& record, int field, Coordinates& value)
 {
     QuorPoint point;
     record.push(field);
-    if (!values::readPoint(record.L, lua_gettop(record.L), point)) return false;
+    if (!values::readPoint(record.L, -1, point)) return false;
     value.set(point.x, point.y, point.z);
     return true;
 }

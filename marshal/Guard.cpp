@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 
 namespace quorlua::guard {
 namespace {
@@ -17,24 +19,35 @@ constexpr int trampolineKey = -0x51553101;
 constexpr int handlerKey = -0x51553102;
 constexpr int anchorKey = -0x51553103;
 
-// What the guard pushes itself: the trampoline and the task, with a slot to spare for the error value.
-constexpr int ownSlots = 3;
-
 // More than the interpreter lets a function have.
 constexpr int mostUpvalues = 255;
 
-// The task travels as a number, for the same reason. Addresses have far fewer bits than a double keeps.
-double numberOf(const detail::Task* task)
-{
-    return static_cast<double>(reinterpret_cast<std::uintptr_t>(task));
-}
+// The task that the next trampoline of this thread takes up: handed over on the stack it would cost three
+// calls more. What is known when a library is linked is reached in one instruction.
+#if defined(__ELF__)
+[[gnu::tls_model("initial-exec")]]
+#endif
+constinit thread_local detail::Task* pending = nullptr;
 
 int trampoline(lua_State* L)
 {
-    auto* task = reinterpret_cast<detail::Task*>(static_cast<std::uintptr_t>(lua_tonumber(L, -1)));
-    lua_settop(L, -2);
+    detail::Task* task = std::exchange(pending, nullptr);
+    if (!task) return 0; // a script has found this function
     task->results = task->run(L, task->work);
     return task->results;
+}
+
+// The texts last pushed lie behind the keys from this one downwards. Those that hosts pass are the same few
+// again and again, and to find one here costs half of what it costs the interpreter.
+constexpr int firstTextKey = -0x51553200;
+constexpr unsigned int textKeys = 32;
+constexpr std::size_t longestKeptText = 200;
+
+/// Texts that lie elsewhere have another key, more often than not.
+int textKey(const char* text)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(text);
+    return firstTextKey - static_cast<int>((address ^ (address >> 5)) % textKeys);
 }
 
 int install(lua_State* L)
@@ -74,7 +87,7 @@ bool pushStored(lua_State* L, int key, lua_CFunction function)
     return true;
 }
 
-int growStack(lua_State* L)
+int checkStack(lua_State* L)
 {
     const int slots = *static_cast<const int*>(lua_touserdata(L, 1));
     lua_settop(L, 0);
@@ -90,21 +103,18 @@ int getGlobal(lua_State* L)
 
 } // namespace
 
-bool reserve(lua_State* L, int slots)
+bool detail::growStack(lua_State* L, int wanted)
 {
-    const int top = lua_gettop(L);
-    const int wanted = top + slots + ownSlots;
-    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
-    if (wanted <= LUA_MINSTACK) return true;
     if (wanted > LUAI_MAXCSTACK) return false;
+    const int top = lua_gettop(L);
     // lua_checkstack raises when memory runs out, and lua_cpcall needs no free slot: the memory is taken
     // inside, where an error is caught; the frame's own limit is then raised here, without taking any. As
     // lua_cpcall ends, the collector may halve a stack of which less than a quarter is in use. Hence the
     // steps: what is left then is always twice what the frame has.
     for (int reached = std::max(top, LUA_MINSTACK); reached < wanted;) {
-        reached = std::min(wanted, 2 * reached - ownSlots);
+        reached = std::min(wanted, 2 * reached - detail::ownSlots);
         int step = reached - top;
-        if (callTwice(L, growStack, &step) != 0) return false;
+        if (callTwice(L, checkStack, &step) != 0) return false;
         // GCOVR_EXCL_BR_START: the memory is there, and the frame's own limit was looked at above
         if (!lua_checkstack(L, step)) return false;
         // GCOVR_EXCL_BR_STOP
@@ -142,13 +152,54 @@ bool pushSlot(lua_State* L, int index)
     return true;
 }
 
-void pushGlobal(lua_State* L, const char* name)
+bool pushKnownText(lua_State* L, const char* text)
 {
-    if (!lua_getmetatable(L, LUA_GLOBALSINDEX)) [[likely]] {
-        lua_getfield(L, LUA_GLOBALSINDEX, name);
-        return;
-    }
-    lua_pop(L, 1);
+    lua_rawgeti(L, LUA_REGISTRYINDEX, textKey(text));
+    const char* known = lua_tostring(L, -1);
+    if (known && std::strcmp(known, text) == 0) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+bool pushKnownFunction(lua_State* L, const char* name)
+{
+    if (!pushKnownText(L, name)) return false;
+    lua_rawget(L, LUA_GLOBALSINDEX);
+    if (lua_type(L, -1) == LUA_TFUNCTION) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name)
+{
+    // Where a text is known, guarded code has run, and the handler is there.
+    lua_rawgeti(L, LUA_REGISTRYINDEX, handlerKey);
+    if (pushKnownFunction(L, name)) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+void pushText(lua_State* L, const char* text)
+{
+    if (pushKnownText(L, text)) return;
+    const std::size_t size = std::strlen(text);
+    lua_pushlstring(L, text, size);
+    if (size > longestKeptText) return;
+    lua_pushvalue(L, -1);
+    lua_rawseti(L, LUA_REGISTRYINDEX, textKey(text));
+}
+
+int pushGlobal(lua_State* L, const char* name)
+{
+    pushText(L, name);
+    lua_rawget(L, LUA_GLOBALSINDEX);
+    const int type = lua_type(L, -1);
+    if (type != LUA_TNIL || !lua_getmetatable(L, LUA_GLOBALSINDEX)) [[likely]]
+        return type;
+    lua_settop(L, -3);
     lua_pushcfunction(L, getGlobal);
     lua_pushlightuserdata(L, const_cast<char*>(name));
     const int status = lua_pcall(L, 1, 1, 0);
@@ -157,6 +208,7 @@ void pushGlobal(lua_State* L, const char* name)
         lua_pop(L, 1);
         lua_pushnil(L);
     }
+    return lua_type(L, -1);
 }
 
 void raiseOverflow(lua_State* L, const char* what)
@@ -178,8 +230,10 @@ int call(lua_State* L, int arguments, int handler, Task& task)
         return LUA_ERRMEM;
     }
     if (arguments > 0) lua_insert(L, -1 - arguments);
-    lua_pushnumber(L, numberOf(&task));
-    const int status = lua_pcall(L, arguments + 1, LUA_MULTRET, handler);
+    // A hook may run other tasks before this one begins, so each puts back what it found.
+    Task* const outer = std::exchange(pending, &task);
+    const int status = lua_pcall(L, arguments, LUA_MULTRET, handler);
+    pending = outer;
     if (status == 0) return 0;
     lua_pop(L, 1);
     // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise

@@ -12,9 +12,24 @@
 /// trivially destructible locals.
 namespace quorlua::guard {
 
+namespace detail {
+
+/// What the guard pushes itself: the trampoline and a text, with a slot to spare for the error value.
+inline constexpr int ownSlots = 3;
+
+/// Lets the current frame have that many values. [-0, +0, -]
+bool growStack(lua_State* L, int wanted);
+
+} // namespace detail
+
 /// Makes room for `slots` more values in the current frame, besides those the guard pushes itself. False when
 /// the memory or the frame's limit does not allow it. [-0, +0, -]
-bool reserve(lua_State* L, int slots);
+inline bool reserve(lua_State* L, int slots)
+{
+    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
+    const int wanted = lua_gettop(L) + slots + detail::ownSlots;
+    return wanted <= LUA_MINSTACK || detail::growStack(L, wanted);
+}
 
 /// Whether an index names a slot of the current frame, or is a pseudo-index.
 bool isSlot(lua_State* L, int index);
@@ -40,8 +55,23 @@ inline bool makeRoom(lua_State* L, int slots)
     return lua_gettop(L) + slots <= LUA_MINSTACK || lua_checkstack(L, slots) != 0;
 }
 
-/// Pushes a global, nil when a metatable on the globals raises. For use inside guarded work. [-0, +1, m]
-void pushGlobal(lua_State* L, const char* name);
+/// Pushes a text that was among the last that `pushText` pushed in this state; false, with nothing pushed,
+/// when it was not. Needs a free slot. [-0, +(0|1), -]
+bool pushKnownText(lua_State* L, const char* text);
+
+/// Pushes a global function whose name is such a text; false, with nothing pushed, where that takes more.
+/// Needs a free slot. [-0, +(0|1), -]
+bool pushKnownFunction(lua_State* L, const char* name);
+
+/// The same above the message handler. Needs two free slots. [-0, +(0|2), -]
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name);
+
+/// Pushes a text, as `lua_pushstring` does. Needs two free slots. [-0, +1, m]
+void pushText(lua_State* L, const char* text);
+
+/// Pushes a global, nil when a metatable on the globals raises; its type. For use inside guarded work. [-0,
+/// +1, m]
+int pushGlobal(lua_State* L, const char* name);
 
 /// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
 /// [-0, +0, v]

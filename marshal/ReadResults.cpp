@@ -27,7 +27,7 @@ struct Bytes {
 
 /// The text of a string, or of a number, which is turned into a string where it stands, as the interpreter
 /// would, but without asking the locale. False for other values.
-bool readText(lua_State* L, int index, Bytes& bytes)
+bool getBytes(lua_State* L, int index, Bytes& bytes)
 {
     if (lua_type(L, index) == LUA_TNUMBER) {
         char text[32];
@@ -99,21 +99,27 @@ void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
     lua_settop(L, top);
 }
 
+/// A point or vector; the default one where the table is none.
+template<class Triple>
+void readTriple(lua_State* L, int index, Triple& triple)
+{
+    const int top = lua_gettop(L);
+    QuorPoint point{};
+    const bool whole = values::readPoint(L, index, point);
+    lua_settop(L, top);
+    triple = Triple();
+    if (whole) triple.set(point.x, point.y, point.z);
+}
+
 void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     switch (letter) {
-    case 'p': {
-        KxGePoint3D point;
-        getAKxGePoint(L, index, point);
-        output<'p'>(item) = point;
+    case 'p':
+        readTriple(L, index, output<'p'>(item));
         break;
-    }
-    case 'v': {
-        KxGeVector3D vector;
-        getAKxGeVector(L, index, vector);
-        output<'v'>(item) = vector;
+    case 'v':
+        readTriple(L, index, output<'v'>(item));
         break;
-    }
     case 'X': {
         KxGeMatrix3D matrix;
         getMatrix(L, index, matrix);
@@ -169,16 +175,31 @@ void readTable(lua_State* L, int index, char letter, const CallItem& item, int& 
     }
 }
 
+/// Whether a value is what an object id is read from here; a plain number is not.
+bool isIdType(int type)
+{
+    return type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
+}
+
+void readText(lua_State* L, int index, char letter, const CallItem& item)
+{
+    Bytes bytes;
+    if (letter == 's' && lua_isnil(L, index)) output<'s'>(item) = nullptr;
+    if (!getBytes(L, index, bytes)) return;
+    if (letter == 's') output<'s'>(item) = duplicateText(bytes.data);
+    if (letter == 'r') output<'r'>(item).assign(bytes.data, bytes.size);
+    if (letter == 'y') output<'y'>(item) = duplicateBytes(bytes);
+}
+
 void readResult(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     const int type = lua_type(L, index);
-    const bool idType = type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
-    Bytes bytes;
     switch (letter) {
     case 'i':
-        if (type == LUA_TBOOLEAN) output<'i'>(item) = lua_toboolean(L, index);
         if (type == LUA_TNUMBER)
             output<'i'>(item) = static_cast<int>(values::toInteger(lua_tonumber(L, index)));
+        else if (type == LUA_TBOOLEAN)
+            output<'i'>(item) = lua_toboolean(L, index);
         break;
     case 'n':
         if (type == LUA_TBOOLEAN) output<'n'>(item) = lua_toboolean(L, index) != 0;
@@ -187,23 +208,18 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
         values::readNumeric(L, index, output<'d'>(item));
         break;
     case 'I':
-        if (idType) output<'I'>(item) = lua_tinker::read<long long>(L, index);
+        if (isIdType(type)) output<'I'>(item) = lua_tinker::read<long long>(L, index);
         break;
     case 's':
-        if (type == LUA_TNIL) output<'s'>(item) = nullptr;
-        if (readText(L, index, bytes)) output<'s'>(item) = duplicateText(bytes.data);
-        break;
     case 'r':
-        if (readText(L, index, bytes)) output<'r'>(item).assign(bytes.data, bytes.size);
-        break;
     case 'y':
-        if (readText(L, index, bytes)) output<'y'>(item) = duplicateBytes(bytes);
+        readText(L, index, letter, item);
         break;
     case 'u':
         output<'u'>(item) = lua_touserdata(L, index);
         break;
     case 'o':
-        if (idType) {
+        if (isIdType(type)) {
             KxDbObjectId id;
             getAKxDbObjectId(L, index, id);
             output<'o'>(item) = id;
@@ -216,20 +232,17 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
 
 } // namespace
 
-bool readResultsByFormat(lua_State* L, const char* format, const CallItem* items, int* kept)
+bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept)
 {
-    const int count = static_cast<int>(std::strlen(format));
     if (count == 0) return true;
     const int first = lua_gettop(L) - count + 1;
-    bool allNil = true;
-    for (int i = 0; i < count && allNil; ++i)
-        allNil = lua_isnil(L, first + i);
-    if (allNil) return false;
-    int highest = 0;
+    int nils = 0;
+    while (nils < count && lua_isnil(L, first + nils))
+        ++nils;
+    if (nils == count) return false;
     for (int i = 0; i < count; ++i) {
         if (kindsOf(format[i]).result == CallItemKind::None) return false;
-        readResult(L, first + i, format[i], items[i], highest);
-        if (kept && highest > *kept) *kept = highest;
+        readResult(L, first + i, format[i], items[i], kept);
     }
     return true;
 }

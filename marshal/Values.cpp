@@ -60,7 +60,9 @@ bool readNumeric(lua_State* L, int index, double& number)
 void pushPoint(lua_State* L, const QuorPoint& point)
 {
     lua_createtable(L, 3, 0);
-    setAPoint(L, -1, point.x, point.y, point.z);
+    setNumber(L, 1, point.x);
+    setNumber(L, 2, point.y);
+    setNumber(L, 3, point.z);
 }
 
 void pushTextStyle(lua_State* L, const GlibTextStyle* style)

@@ -57,9 +57,11 @@ void openLibraries(lua_State* L)
     if (quorlua::limits::hasTimeLimit(L)) quorlua::keepHook(L);
 }
 
-/// Leaves the "glib" table as the one result: it stays the stack's bottom value.
+/// Leaves the "glib" table as the one result: it stays the stack's bottom value. The collector stays stopped
+/// until the state is complete: before, there is next to nothing for it to collect.
 int openBuiltIns(lua_State* L, const SearchPaths& paths)
 {
+    lua_gc(L, LUA_GCSTOP, 0);
     openLibraries(L);
     luaL_register(L, "glib", quorlua::getGlibRegFuncForLua());
     const int glib = lua_gettop(L);
@@ -143,6 +145,7 @@ void QuorGlibScriptor::initLua()
                        lua_pushcclosure(frame, getLuaFile, 1);
                        lua_setglobal(frame, "mirt_get_luafile");
                        lua_tinker::init(frame);
+                       lua_gc(frame, LUA_GCRESTART, 0);
                        return 0;
                    });
     } catch (const std::exception&) {
