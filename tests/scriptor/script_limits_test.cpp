@@ -53,6 +53,19 @@ TEST(ScriptLimits, LeaveStatesThatAreThereAsTheyAre)
     EXPECT_EQ(runChunk(scriptor, "debug.sethook() s = string.rep('x', 4e6)"), GlibStatus::Ok);
 }
 
+TEST(TimeLimit, EndsFinalizersThatFinalizersMadeAsTheStateIsClosed)
+{
+    const Limited limited(0.1);
+    const double seconds = secondsOf([] {
+        QuorGlibScriptor scriptor;
+        EXPECT_EQ(runChunk(scriptor, "kept = newproxy(true) getmetatable(kept).__gc = function()\n"
+                                     "local other = newproxy(true) getmetatable(other).__gc = function()\n"
+                                     "while true do local t = {} end end end"),
+                  GlibStatus::Ok);
+    });
+    EXPECT_LT(seconds, 5);
+}
+
 TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 {
     const Reports reports;
@@ -82,11 +95,10 @@ TEST(TimeLimit, LeavesAStateThatWorks)
     const Reports reports;
     const Limited limited(0.3);
     QuorGlibScriptor scriptor;
-    ASSERT_EQ(runChunk(scriptor,
-                       "n = 0\n"
-                       "function forever() while true do n = n + 1 end end\n"
-                       "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
-                       "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
+    ASSERT_EQ(runChunk(scriptor, "n = 0\n"
+                                 "function forever() while true do n = n + 1 end end\n"
+                                 "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
+                                 "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
               GlibStatus::Ok);
     lua_State* L = scriptor.getLua(false);
     const int top = lua_gettop(L);
