@@ -271,10 +271,14 @@ void open(lua_State* L, const char* name, lua_CFunction library)
 #if defined(LUAJIT_VERSION)
 
 /// Takes away what scripts can open by `require`, and what the engine opens for a literal like `1LL`: that
-/// registers itself, but only the first time. [-0, +0, m]
+/// registers itself, but only the first time. It stays in the registry, since the engine itself goes on to use
+/// what hangs on it. [-0, +0, m]
 void hideForeignFunctions(lua_State* L)
 {
-    open(L, LUA_FFILIBNAME, luaopen_ffi);
+    constexpr int key = -0x51553105;
+    lua_pushcfunction(L, luaopen_ffi);
+    lua_call(L, 0, 1);
+    lua_rawseti(L, LUA_REGISTRYINDEX, key);
     lua_getfield(L, LUA_REGISTRYINDEX, "_LOADED");
     lua_pushnil(L);
     lua_setfield(L, -2, LUA_FFILIBNAME);

@@ -106,7 +106,7 @@ const char* const recursions[] = {
 };
 
 #if defined(LUAJIT_VERSION)
-constexpr std::size_t recursionStacks[] = {512, 600, 1024};
+constexpr std::size_t recursionStacks[] = {512, 600};
 #else
 constexpr std::size_t recursionStacks[] = {256, 280, 1024, 1700};
 #endif
