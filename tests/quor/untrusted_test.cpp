@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Attempt{"DofileOfStandardInput", "dofile()", "bad argument #1"},
         Attempt{"DofileOfAFolder", "dofile('/')", "no file of the installation"},
         Attempt{"MetatableOfIntegers", "getmetatable(int64(1))", "false"},
-        Attempt{"EnvironmentOfNativeFunctions", "setfenv(print, {})", "error: "}),
+        Attempt{"EnvironmentOfNativeFunctions", "setfenv(next, {})", "error: "}),
     [](const auto& one) { return std::string(one.param.name); });
 
 TEST(Untrusted, FindsModulesOfTheInstallationAlone)
@@ -213,9 +213,9 @@ TEST(Untrusted, LeavesWhatComponentsNeed)
     EXPECT_EQ(valueOf("loadstring('return 1 + 1')()"), "2");
     EXPECT_EQ(valueAfter("local n = 0", "load(function() n = n + 1 return ({'return ', '7'})[n] end)()"),
               "7");
-    EXPECT_EQ(valueAfter("local n = 0",
-                         "load(function() n = n + 1 return ({'return ', 7, '..', '\\'\\''})[n] end)()"),
-              "7");
+    EXPECT_EQ(
+        valueAfter("local n = 0", "load(function() n = n + 1 return ({'return ', 7, ' + ', 1})[n] end)()"),
+        "8");
     EXPECT_EQ(valueOf("tostring(int64(5) + 1)"), "6");
     EXPECT_EQ(valueAfter("package.preload.own = function() return 'own' end", "require('own')"), "own");
 }
