@@ -105,7 +105,7 @@ public:
     FewFiles& operator=(const FewFiles&) = delete;
 
 private:
-    unsigned long long before_ = 0;
+    [[maybe_unused]] unsigned long long before_ = 0;
 };
 
 /// What tells the locale that the C library uses on this thread from any other.
