@@ -1,6 +1,7 @@
 #include "Guard.h"
 
 #include "Limits.h"
+#include "NativeStack.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <algorithm>
@@ -225,6 +226,12 @@ namespace detail {
 int call(lua_State* L, int arguments, int handler, Task& task)
 {
     const limits::Operation operation(L);
+    if (!leavesRoomForScript()) {
+        lua_pop(L, arguments);
+        // Past "_ALERT", which would be a call of the script's again.
+        if (handler != 0) lua_tinker::print_error(nullptr, "C stack overflow");
+        return LUA_ERRRUN;
+    }
     if (!pushStored(L, trampolineKey, trampoline)) {
         lua_pop(L, arguments);
         return LUA_ERRMEM;

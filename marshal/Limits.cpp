@@ -38,6 +38,11 @@ struct Limiter {
     bool wasRefused = false;
     bool untrusted = false;
     const void* passed[2] = {nullptr, nullptr};
+#if defined(LUAJIT_VERSION)
+    lua_State* state = nullptr;
+    bool takesLastBlock = false;
+    const void* lastBlock = nullptr;
+#endif
     char message[96] = "";
 };
 
@@ -91,6 +96,11 @@ void* allocate(void* user, void* block, std::size_t before, std::size_t size)
     if (size > held && !mayGrow(limiter, size - held)) return nullptr;
     void* made = limiter.allocate(limiter.allocator, block, before, size);
     if (made || size == 0) limiter.used += size - held;
+#if defined(LUAJIT_VERSION)
+    if (limiter.takesLastBlock && !block) limiter.lastBlock = made;
+    if (block && block == limiter.lastBlock)
+        lua_setallocf(limiter.state, limiter.allocate, limiter.allocator);
+#endif
     return made;
 }
 
@@ -181,22 +191,15 @@ void setTime(Limiter& limiter, double seconds)
 #if defined(LUAJIT_VERSION)
 
 /// That engine keeps memory of its own behind its allocator, and gives it back only where it finds that
-/// allocator again as the state ends. Of all collectors the first made is the last to run.
-int giveBackAllocator(lua_State* L)
-{
-    const Limiter* limiter = limiterOf(L);
-    if (limiter) lua_setallocf(L, limiter->allocate, limiter->allocator);
-    return 0;
-}
-
-int keepAllocator(lua_State* L)
+/// allocator again as the state ends. So it gets it back as soon as no finalizer can run any more, which is
+/// when it frees what the registry holds.
+int keepLastBlock(lua_State* L)
 {
     constexpr int key = -0x51553104;
+    Limiter* limiter = limiterOf(L);
+    limiter->takesLastBlock = true;
     lua_newuserdata(L, 1);
-    lua_createtable(L, 0, 1);
-    lua_pushcfunction(L, giveBackAllocator);
-    lua_setfield(L, -2, "__gc");
-    lua_setmetatable(L, -2);
+    limiter->takesLastBlock = false;
     lua_rawseti(L, LUA_REGISTRYINDEX, key);
     return 0;
 }
@@ -244,11 +247,14 @@ bool limitNewState(lua_State* L)
     setTime(*limiter, wanted.seconds);
     limiter->allocate = lua_getallocf(L, &limiter->allocator);
     limiter->used = bytesOf(L);
+#if defined(LUAJIT_VERSION)
+    limiter->state = L;
+#endif
     lua_setallocf(L, allocate, limiter);
     // From the beginning: each coroutine takes over the hook of the one that makes it.
     if (isTimed(*limiter)) setHook(L, usualCount);
 #if defined(LUAJIT_VERSION)
-    if (lua_cpcall(L, keepAllocator, nullptr) != 0) {
+    if (lua_cpcall(L, keepLastBlock, nullptr) != 0) {
         lua_setallocf(L, limiter->allocate, limiter->allocator);
         lua_sethook(L, nullptr, 0, 0);
         lua_settop(L, 0);

@@ -1,6 +1,7 @@
 #include "CallFormats.h"
 #include "Guard.h"
 #include "Limits.h"
+#include "NativeStack.h"
 #include "Values.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
@@ -162,6 +163,7 @@ Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
 Outcome callAndRead(lua_State* L, const Call& call)
 {
     const limits::Operation operation(L);
+    if (!leavesRoomForScript()) return Outcome::Failed;
     const int top = lua_gettop(L);
     int kept = top;
     Outcome outcome = callAndLeaveResults(L, call, top);
@@ -292,7 +294,8 @@ bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char*
 {
     if (!L || arguments < 0 || lua_gettop(L) < arguments + 1) return false;
     const int results = resultFormat ? static_cast<int>(std::strlen(resultFormat)) : 0;
-    if (!guard::reserve(L, results)) {
+    // Of all calls this takes the most stack for each that the interpreter counts.
+    if (!leavesRoom(0) || !guard::reserve(L, results)) {
         lua_pop(L, arguments + 1);
         lua_pushnil(L);
         return false;

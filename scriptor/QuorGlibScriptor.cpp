@@ -68,7 +68,7 @@ int openBuiltIns(lua_State* L, const SearchPaths& paths)
     if (*paths.bin) quorlua::addPath(L, paths.bin);
     if (*paths.utils) quorlua::addPath(L, paths.utils);
     quorlua::addPath(L, paths.platformScripts.c_str());
-    quorlua::addCPath(L, paths.platformBinaries.c_str());
+    if (!quorlua::limits::isUntrusted(L)) quorlua::addCPath(L, paths.platformBinaries.c_str());
     registerTextStyle(L);
     lua_settop(L, glib);
     return 1;
@@ -144,6 +144,7 @@ void QuorGlibScriptor::initLua()
                        lua_pushlightuserdata(frame, this);
                        lua_pushcclosure(frame, getLuaFile, 1);
                        lua_setglobal(frame, "mirt_get_luafile");
+                       quorlua::guardCallbacks(frame);
                        lua_tinker::init(frame);
                        lua_gc(frame, LUA_GCRESTART, 0);
                        return 0;

@@ -162,6 +162,19 @@ TEST(ScriptLimits, MustBeNumbers)
         }
 }
 
+TEST(BrokenPipe, IsAnErrorForTheScriptThatWrites)
+{
+    if (testsystem::isWindows) GTEST_SKIP() << "it has no signal for it";
+    const ScratchFolder folder;
+    const std::string script =
+        folder.write("s.lua", "function f()\nlocal pipe, written = io.popen('exit 0', 'w'), true\n"
+                              "for i = 1, 1000 do written = pipe:write(('x'):rep(10000)) and pipe:flush()\n"
+                              "if not written then return 'error' end end\nend");
+    const CommandRun run = runQuor({"call", script, "f", ">r", "--quiet"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output, "r \"error\"\n");
+}
+
 TEST(Watchdog, EndsAReadThatWaits)
 {
     if (testsystem::isWindows) GTEST_SKIP() << "there is no pipe in its folders";

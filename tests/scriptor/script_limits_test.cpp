@@ -80,6 +80,19 @@ TEST(TimeLimit, MayBeLongerThanAnyClockCounts)
     EXPECT_EQ(takeLimitReached(), LimitReached::None);
 }
 
+TEST(TimeLimit, EndsFinalizersThatFinalizersMadeAsTheStateIsClosed)
+{
+    const Limited limited(0.1);
+    const double seconds = secondsOf([] {
+        QuorGlibScriptor scriptor;
+        EXPECT_EQ(runChunk(scriptor, "kept = newproxy(true) getmetatable(kept).__gc = function()\n"
+                                     "local other = newproxy(true) getmetatable(other).__gc = function()\n"
+                                     "while true do local t = {} end end end"),
+                  GlibStatus::Ok);
+    });
+    EXPECT_LT(seconds, 5);
+}
+
 TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 {
     const Reports reports;
