@@ -39,8 +39,8 @@ template<class Result, class... Arguments>
 Result callConfigFunc(lua_State* L, const char* function, Arguments... arguments)
 {
     const Question question;
-    if (question.isTooDeep(L, function)) return Result();
     const quorlua::limits::Operation operation(L);
+    if (question.isTooDeep(L, function)) return Result();
     return lua_tinker::call<Result>(L, function, arguments...);
 }
 

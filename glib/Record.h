@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Budget.h"
 #include "Messages.h"
 #include "Values.h"
 
@@ -34,6 +35,7 @@ struct Record {
     int length; ///< of its sequence part
     const HatchNumbers& hatch;
     std::vector<Report>& reports; ///< where complaints go
+    Budget& budget;               ///< that lists and texts are taken from
 
     /// Pushes a field. [-0, +1, -]
     void push(int field) const { lua_rawgeti(L, index, field); }
@@ -107,6 +109,7 @@ struct TextField {
     {
         record.push(field);
         if (lua_type(record.L, -1) != LUA_TSTRING) return false;
+        if (!record.budget.takeBytes(lua_objlen(record.L, -1))) return false;
         value = lua_tostring(record.L, -1);
         return true;
     }
@@ -130,7 +133,8 @@ struct PolylineField {
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolyline(record.L, lua_gettop(record.L), value);
+        return lua_istable(record.L, -1) &&
+               values::readPolyline(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 
@@ -141,7 +145,8 @@ struct LoopsField {
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolylines(record.L, lua_gettop(record.L), value);
+        return lua_istable(record.L, -1) &&
+               values::readPolylines(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 

@@ -53,6 +53,7 @@ int install(lua_State* L)
 /// then. Leaves no error value. [-0, +0, -]
 int callTwice(lua_State* L, lua_CFunction function, void* data)
 {
+    const limits::Operation operation(L); // of the finalizers
     int status = lua_cpcall(L, function, data);
     if (status != 0) lua_pop(L, 1);
     if (status != LUA_ERRRUN) return status;
@@ -159,17 +160,18 @@ void raiseOverflow(lua_State* L, const char* what)
 
 namespace detail {
 
-int call(lua_State* L, int arguments, int handler, Task& task)
+int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError)
 {
     const limits::Operation operation(L);
     if (!pushStored(L, trampolineKey, trampoline)) {
         lua_pop(L, arguments);
+        if (keepsError) lua_pushnil(L);
         return LUA_ERRMEM;
     }
     if (arguments > 0) lua_insert(L, -1 - arguments);
     lua_pushnumber(L, numberOf(&task));
     const int status = lua_pcall(L, arguments + 1, LUA_MULTRET, handler);
-    if (status == 0) return 0;
+    if (status == 0 || keepsError) return status;
     lua_pop(L, 1);
     // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
     // then. Work that leaves nothing on the stack is done all the same.

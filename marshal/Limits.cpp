@@ -45,6 +45,8 @@ namespace {
 // Between two looks at the clock: some 10 microseconds of instructions.
 constexpr int usualCount = 1000;
 constexpr unsigned int requestsBetweenLooks = 64;
+// To fill so much takes as long as many small requests.
+constexpr std::size_t largeRequest = 65536;
 // For finalizers, when a state at its limit is cleaned up.
 constexpr std::size_t slackOfCollection = 65536;
 
@@ -70,9 +72,8 @@ bool mayGrow(Limiter& limiter, std::size_t more)
     // Outside of operations nobody could catch the error.
     if (limiter.operations == 0) return true;
     if (isTimed(limiter)) {
-        if (!limiter.isOver && ++limiter.requests % requestsBetweenLooks == 0 &&
-            Clock::now() >= limiter.deadline)
-            noteOver(limiter);
+        const bool look = ++limiter.requests % requestsBetweenLooks == 0 || more >= largeRequest;
+        if (!limiter.isOver && look && Clock::now() >= limiter.deadline) noteOver(limiter);
         if (limiter.isOver) return false;
     }
     if (limiter.used <= limiter.mostBytes && more <= limiter.mostBytes - limiter.used) return true;
@@ -106,8 +107,10 @@ void setHook(lua_State* L, int instructions)
 }
 
 /// Tells where the script stood, past "_ALERT": nothing of the script's runs any more.
-void report(lua_State* L, const Limiter& limiter)
+void reportOnce(lua_State* L, Limiter& limiter)
 {
+    if (limiter.isReported) return;
+    limiter.isReported = true;
     lua_Debug frame;
     if (lua_getstack(L, 0, &frame) && lua_getinfo(L, "Sl", &frame) && frame.currentline > 0)
         lua_tinker::print_error(nullptr, "%s:%d: %s", frame.short_src, frame.currentline, limiter.message);
@@ -121,10 +124,7 @@ void check(lua_State* L, Limiter& limiter)
 {
     if (limiter.operations == 0 || !isTimed(limiter)) return;
     if (!limiter.isOver && Clock::now() < limiter.deadline) return;
-    if (!limiter.isReported) {
-        limiter.isReported = true;
-        report(L, limiter);
-    }
+    reportOnce(L, limiter);
     noteOver(limiter);
     lua_newuserdata(L, 1);
     luaL_error(L, "%s", limiter.message); // the host has put another allocator in place
@@ -229,9 +229,10 @@ void end(Limiter& limiter)
     limiter.isReported = false;
 }
 
-bool limitNewState(lua_State* L)
+bool limitNewState(lua_State* L, bool untrusted)
 {
-    const ScriptLimits& wanted = limitsOfNewStates;
+    ScriptLimits wanted = limitsOfNewStates;
+    wanted.untrusted = wanted.untrusted || untrusted;
     if (!(wanted.seconds > 0) && wanted.bytes == 0 && !wanted.untrusted) return true;
     auto* limiter = new (std::nothrow) Limiter;
     if (!limiter) return false;
@@ -273,6 +274,16 @@ bool hasTimeLimit(lua_State* L)
     return limiter && isTimed(*limiter);
 }
 
+bool isTimeOver(lua_State* L)
+{
+    Limiter* limiter = limiterOf(L);
+    if (!limiter || limiter->operations == 0 || !isTimed(*limiter)) return false;
+    if (!limiter->isOver && Clock::now() < limiter->deadline) return false;
+    reportOnce(L, *limiter);
+    noteOver(*limiter);
+    return true;
+}
+
 bool isUntrusted(lua_State* L)
 {
     const Limiter* limiter = limiterOf(L);
@@ -296,6 +307,16 @@ void limitNewStates(const ScriptLimits& wanted)
 {
     limits::limitsOfNewStates = wanted;
     if (wanted.seconds > 0 || wanted.bytes > 0 || wanted.untrusted) limits::inUse = true;
+}
+
+ScriptOperation::ScriptOperation(lua_State* L)
+    : limiter_(limits::inUse.load(std::memory_order_relaxed) ? limits::begin(L) : nullptr)
+{
+}
+
+ScriptOperation::~ScriptOperation()
+{
+    if (limiter_) limits::end(*static_cast<limits::Limiter*>(limiter_));
 }
 
 LimitReached takeLimitReached()

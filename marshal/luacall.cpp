@@ -165,6 +165,7 @@ Outcome callWithList(lua_State* L, const char* function, const char* format, va_
 /// Pushes the arguments, above the function when there is a name for one. The number of arguments, or -1.
 int prepareWithList(lua_State* L, const char* function, const char* format, va_list& list, Outcome& outcome)
 {
+    const limits::Operation operation(L);
     int count = -1;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
@@ -280,7 +281,8 @@ int prepareCallParam_vl(lua_State* L, const char* format, va_list& items)
 
 bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char* resultFormat, ...)
 {
-    if (!L || arguments < 0 || lua_gettop(L) < arguments + 1) return false;
+    if (!L || arguments < 0 || arguments >= lua_gettop(L)) return false;
+    const limits::Operation operation(L);
     const int results = resultFormat ? static_cast<int>(std::strlen(resultFormat)) : 0;
     if (!guard::reserve(L, results)) {
         lua_pop(L, arguments + 1);

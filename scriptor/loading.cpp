@@ -1,6 +1,7 @@
 #include "Context.h"
 #include "KeptBlocks.h"
 #include "Limits.h"
+#include "StateTrust.h"
 #include "duplicateText.h"
 
 #include <QuorCommon/quorsys.h>
@@ -68,7 +69,9 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
     quorlua::currentContext().reset();
     if (fileName_ && std::strcmp(fileName_, file) == 0) {
         lastStatus_ = GlibStatus::Ok;
-        if (isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+        // Where there is no state, the file is not loaded, whatever its time.
+        if (state_ && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+        if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
         if (recreate) initLua();
     } else {
         char* name = makeFileName(file);
@@ -90,8 +93,11 @@ GlibStatus QuorGlibScriptor::reloadLua(int bits)
     long long time = 0;
     if (!quorsys::fileModificationTime(fileName_, time)) return lastStatus_ = GlibStatus::FileNotExamined;
     quorlua::currentContext().reset();
-    if ((bits & skipUnchangedBit) != 0 && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
-    if ((bits & recreateBit) != 0) initLua();
+    const bool mayStay = state_ && (bits & skipUnchangedBit) != 0;
+    if (mayStay && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+    const bool recreate = (bits & recreateBit) != 0;
+    if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
+    if (recreate) initLua();
     modificationTime_ = time;
     return lastStatus_ = runFile(state_, fileName_, loadFileCallback_);
 }
@@ -102,11 +108,11 @@ GlibStatus QuorGlibScriptor::loadBuffer(const quor_binary& buffer, long long tim
     if (fileName_) return GlibStatus::BufferRefused;
     quorlua::currentContext().reset();
     if (isUnchanged(modificationTime_, timeStamp)) return GlibStatus::Ok;
+    if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
     if (recreate) initLua();
     if (!state_) return lastStatus_ = GlibStatus::ScriptFailed;
     if (!runBuffer(state_, buffer)) {
-        quorlua::limits::closeState(state_);
-        state_ = nullptr;
+        if (!quorlua::isRunning(state_)) quorlua::closeForGood(state_, baseTop_);
         return lastStatus_ = GlibStatus::ScriptFailed;
     }
     modificationTime_ = timeStamp;

@@ -64,6 +64,7 @@ GlibStatus callPlain(lua_State* L, const char* segment, int results)
 template<class Push>
 GlibStatus callLeavingResult(lua_State* L, const char* segment, Callable wanted, int slot, Push push)
 {
+    const limits::Operation operation(L);
     const GlibStatus status = callSegment(L, segment, wanted, 1, slot, push);
     if (status == GlibStatus::Ok) lua_remove(L, -2);
     return status;
