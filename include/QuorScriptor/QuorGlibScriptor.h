@@ -119,7 +119,8 @@ public:
     /// `getParams_note` on "param".
     Quor::GlibStatus getParams(std::vector<KVParams>& records);
     /// Appends the entries of a table of {note, value} arrays. InvalidArgument: no name. TableMissing.
-    /// ScriptFailed: an entry of another shape; what was read before it stays appended.
+    /// ScriptFailed: an entry of another shape, or more than 1 GiB of records and texts; what was read before
+    /// it stays appended.
     Quor::GlibStatus getParams_note(const char* table, std::vector<KVParams>& records);
     /// Appends the key/value pairs of a table. TableMissing.
     Quor::GlibStatus getParams_std(const char* table, std::vector<KVParams>& records);

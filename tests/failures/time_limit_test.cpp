@@ -4,6 +4,8 @@
 #include "../scriptor/script_limits.h"
 #include "operations.h"
 
+#include <QuorCommon/QuorSystem.h>
+
 namespace {
 
 using namespace failures;
