@@ -23,8 +23,9 @@ struct BoundsOfReading {
 };
 extern constinit BoundsOfReading boundsOfReading;
 
-/// What is left of the bounds for one answer. Where the state has a time limit, a list also ends when that is
-/// over.
+/// What is left of the bounds for one answer. Once something was beyond them nothing more can be taken, so
+/// that what is left of the answer is passed over quickly. Where the state has a time limit, so it is when
+/// that is over.
 class Budget {
 public:
     explicit Budget(lua_State* L) : L_(L), entries_(boundsOfReading.entries), bytes_(boundsOfReading.bytes) {}
@@ -32,30 +33,31 @@ public:
     /// Takes an entry of a list, and the bytes that it becomes; false when that is beyond the bounds.
     bool takeEntry(std::size_t bytes = 0)
     {
-        if (entries_ == 0 || bytes > bytes_) return false;
-        bytes_ -= bytes;
+        if (entries_ == 0 || !takeBytes(bytes)) return false;
         return (--entries_ % entriesBetweenLooks) != 0 || isInTime();
     }
     /// Takes bytes that are copied; false when they are beyond the bounds.
     bool takeBytes(std::size_t bytes)
     {
-        if (bytes > bytes_) return false;
+        if (bytes > bytes_) return spend();
         bytes_ -= bytes;
         return true;
     }
     /// False when the time is over; then nothing more can be taken.
-    bool isInTime()
-    {
-        if (!limits::isTimeOver(L_)) return true;
-        entries_ = 0;
-        bytes_ = 0;
-        return false;
-    }
+    bool isInTime() { return !limits::isTimeOver(L_) || spend(); }
+    bool isSpent() const { return entries_ == 0; }
 
     /// Between two looks at the clock: some hundred microseconds.
     static constexpr std::size_t entriesBetweenLooks = 4096;
 
 private:
+    bool spend()
+    {
+        entries_ = 0;
+        bytes_ = 0;
+        return false;
+    }
+
     lua_State* L_;
     std::size_t entries_;
     std::size_t bytes_;

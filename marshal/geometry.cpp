@@ -268,7 +268,7 @@ bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
     Budget budget(L);
     return readArray(L, index, texts, [L, &budget](int table, int key, std::string& text) {
         const char* read = nullptr;
-        if (!getAString(L, table, key, read) || !read) return false;
+        if (budget.isSpent() || !getAString(L, table, key, read) || !read) return false;
         const std::size_t length = std::strlen(read);
         if (!budget.takeEntry(sizeof text + length)) return false;
         text.assign(read, length);

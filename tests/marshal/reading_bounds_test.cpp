@@ -189,6 +189,19 @@ TEST(BoundsOfNotes, EndTheReadingAsAnotherShapeDoes)
     EXPECT_EQ(notesWithin(many, bytes + 1, Quor::Ok), 2U);
 }
 
+TEST(BoundsOfReading, EndAllThatIsCountedAfterwards)
+{
+    QuorGlibScriptor scriptor;
+    lua_State* L = scriptor.getLua(false);
+    ASSERT_EQ(luaL_dostring(L, "return {('x'):rep(100), 'a', 'b'}"), 0);
+    const Bounded bounded(many, 2 * sizeof(std::string) + 2);
+    std::vector<std::string> texts;
+    EXPECT_FALSE(getStringArray(L, -1, texts));
+    ASSERT_EQ(luaL_dostring(L, "return {'a', 'b', 'c'}"), 0);
+    EXPECT_TRUE(getStringArray(L, -1, texts));
+    EXPECT_EQ(texts, (std::vector<std::string>{"a", "b"}));
+}
+
 TEST(BoundsOfReading, LeaveRoomForWhatAScriptMakesPieceByPiece)
 {
     EXPECT_EQ(boundsOfReading.entries, 67108864U);

@@ -8,7 +8,7 @@ class RunningState : public Scriptor {
 protected:
     /// Makes "again" a function for the script that calls `work`, and runs a segment that calls it. What the
     /// segment sees afterwards is in the globals "marked" and "old".
-    void runWith(Quor::GlibStatus (*work)(RunningState&))
+    void runWith(Quor::GlibStatus (*work)(QuorGlibScriptor&))
     {
         work_ = work;
         lua_pushlightuserdata(state(), this);
@@ -27,17 +27,17 @@ private:
     static int again(lua_State* L)
     {
         auto* self = static_cast<RunningState*>(lua_touserdata(L, lua_upvalueindex(1)));
-        lua_pushnumber(L, self->work_(*self));
+        lua_pushnumber(L, self->work_(self->scriptor));
         return 1;
     }
 
-    Quor::GlibStatus (*work_)(RunningState&) = nullptr;
+    Quor::GlibStatus (*work_)(QuorGlibScriptor&) = nullptr;
 };
 
 TEST_F(RunningState, IsNotMadeAnew)
 {
-    runWith([](RunningState& self) {
-        self.scriptor.initLua();
+    runWith([](QuorGlibScriptor& own) {
+        own.initLua();
         return Quor::Ok;
     });
     EXPECT_EQ(shown("status"), "0");
@@ -50,27 +50,27 @@ TEST_F(RunningState, FailsAFileThatWantsANewOne)
     run("new = nil");
     folder_.setTime("script.lua", 2000);
     const long long time = scriptor.get_mtime();
-    runWith([](RunningState& self) { return self.scriptor.reloadLua(1); });
+    runWith([](QuorGlibScriptor& own) { return own.reloadLua(1); });
     EXPECT_EQ(shown("status"), "4");
-    runWith([](RunningState& self) { return self.scriptor.loadFile(self.scriptor.getFileName(), true); });
+    runWith([](QuorGlibScriptor& own) { return own.loadFile(own.getFileName(), true); });
     EXPECT_EQ(shown("status"), "4");
     EXPECT_EQ(shown("new"), "nil") << "the file has not run";
     EXPECT_EQ(scriptor.get_mtime(), time);
-    runWith([](RunningState& self) { return self.scriptor.loadFile(self.scriptor.getFileName(), false); });
+    runWith([](QuorGlibScriptor& own) { return own.loadFile(own.getFileName(), false); });
     EXPECT_EQ(shown("status"), "0") << "in the same state it may run";
     EXPECT_EQ(shown("new"), "true");
 }
 
 TEST_F(RunningState, StaysWhenABufferFails)
 {
-    runWith([](RunningState& self) {
+    runWith([](QuorGlibScriptor& own) {
         std::string bad = "error('bad')";
-        return self.scriptor.loadBuffer(bufferOf(bad), 1000, false);
+        return own.loadBuffer(bufferOf(bad), 1000, false);
     });
     EXPECT_EQ(shown("status"), "4");
-    runWith([](RunningState& self) {
+    runWith([](QuorGlibScriptor& own) {
         std::string good = "old = false";
-        return self.scriptor.loadBuffer(bufferOf(good), 1000, true);
+        return own.loadBuffer(bufferOf(good), 1000, true);
     });
     EXPECT_EQ(shown("status"), "4");
     EXPECT_EQ(shown("old"), "true");
