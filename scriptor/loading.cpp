@@ -56,6 +56,14 @@ GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* c
     return reportLoaded(L, callback);
 }
 
+/// The failure of a file that was loaded and is no longer, since its state is gone: whenever it is asked for
+/// again it counts as changed.
+GlibStatus failWithoutState(long long& modificationTime)
+{
+    modificationTime = 0;
+    return GlibStatus::ScriptFailed;
+}
+
 constexpr int recreateBit = 1;
 constexpr int skipUnchangedBit = 2;
 
@@ -69,10 +77,10 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
     quorlua::currentContext().reset();
     if (fileName_ && std::strcmp(fileName_, file) == 0) {
         lastStatus_ = GlibStatus::Ok;
-        // Where there is no state, the file is not loaded, whatever its time.
-        if (state_ && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+        if (isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
         if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
         if (recreate) initLua();
+        if (!state_) return lastStatus_ = failWithoutState(modificationTime_);
     } else {
         char* name = makeFileName(file);
         if (!name) return lastStatus_ = GlibStatus::ScriptFailed;
@@ -93,11 +101,11 @@ GlibStatus QuorGlibScriptor::reloadLua(int bits)
     long long time = 0;
     if (!quorsys::fileModificationTime(fileName_, time)) return lastStatus_ = GlibStatus::FileNotExamined;
     quorlua::currentContext().reset();
-    const bool mayStay = state_ && (bits & skipUnchangedBit) != 0;
-    if (mayStay && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+    if ((bits & skipUnchangedBit) != 0 && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
     const bool recreate = (bits & recreateBit) != 0;
     if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
     if (recreate) initLua();
+    if (!state_) return lastStatus_ = failWithoutState(modificationTime_);
     modificationTime_ = time;
     return lastStatus_ = runFile(state_, fileName_, loadFileCallback_);
 }

@@ -74,8 +74,8 @@ public:
     /// seconds or more (Ok otherwise), in a new state if `recreate`; another file always runs in the state as
     /// it is, over what the first one defined. InvalidArgument: null path. FileNotExamined: no such file.
     /// ScriptFailed: it could not be read, compiled or run; the state keeps what a partial run defined. So it
-    /// is, too, when a function that runs in the state asks for a new one. Without a state a file counts as
-    /// changed.
+    /// is, too, when a function that runs in the state asks for a new one. A file that could not be run again
+    /// because there is no state counts as changed from then on, and its time is 0.
     Quor::GlibStatus loadFile(const char* file, bool recreate);
     /// Runs a script or precompiled chunk from memory; `timeStamp` (seconds) plays the part of the file's
     /// time. InvalidArgument: no data. BufferRefused: a file is loaded. ScriptFailed: it could not be run,

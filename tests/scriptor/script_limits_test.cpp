@@ -291,7 +291,7 @@ TEST(Distrust, StaysWithAScriptorThatHadNoStateMeanwhile)
     EXPECT_EQ(luatext::shown(scriptor.getLua(false), "os.execute == nil"), "true");
 }
 
-TEST(FileWithoutAState, CountsAsChanged)
+TEST(FileThatLostItsState, CountsAsChanged)
 {
     const ScriptFolder folder;
     const std::string file = folder.write("script.lua", "loads = (loads or 0) + 1 function seg() end", 1000);
