@@ -32,10 +32,10 @@ struct Trap {
     const char* after;
 };
 const Trap traps[] = {
-    {"a report", R"(_ALERT = outlast drawn = {{35}, {2, 'x'}, {3}}
+    {"a report", R"(_ALERT = outlast drawn = {{31}, {41}}
                     for _, name in ipairs(segments) do _G[name] = raise end)",
      ""},
-    {"a report of what is missing", R"(_ALERT = outlast drawn = {{35}, {2, 'x'}, {3}}
+    {"a report of what is missing", R"(_ALERT = outlast drawn = {{31}, {41}}
                                        for _, name in ipairs(segments) do _G[name] = nil end)",
      ""},
     {"a segment", "for _, name in ipairs(segments) do _G[name] = outlast end", ""},
