@@ -97,7 +97,7 @@ void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
     const int top = lua_gettop(L);
     Budget budget(L);
     for (lua_pushnil(L); lua_next(L, index) != 0 && lua_istable(L, -1); lua_pop(L, 1)) {
-        if (!budget.takeEntry(sizeof maps.back())) break;
+        if (!budget.takeEntry(sizeof(std::vector<KVParams>))) break;
         maps.emplace_back();
         if (!readMap(L, top + 2, maps.back(), budget)) break;
     }

@@ -165,7 +165,7 @@ bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc
     const int top = lua_gettop(L);
     for (lua_pushnil(L); lua_next(L, index) != 0; lua_settop(L, top + 1)) {
         std::vector<QuorPolyDesc> vertices;
-        if (!budget.takeEntry(sizeof vertices) || !lua_istable(L, top + 2) ||
+        if (!budget.takeEntry(sizeof(std::vector<QuorPolyDesc>)) || !lua_istable(L, top + 2) ||
             !readPolyline(L, top + 2, vertices, budget)) {
             lua_settop(L, top);
             return false;

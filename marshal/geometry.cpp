@@ -270,7 +270,7 @@ bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
         const char* read = nullptr;
         if (budget.isSpent() || !getAString(L, table, key, read) || !read) return false;
         const std::size_t length = std::strlen(read);
-        if (!budget.takeEntry(sizeof text + length)) return false;
+        if (!budget.takeEntry(sizeof(std::string) + length)) return false;
         text.assign(read, length);
         return true;
     });

@@ -26,7 +26,7 @@ int CallWatch::install(lua_State* L)
 {
     auto* watch = static_cast<CallWatch*>(lua_touserdata(L, 1));
     lua_pushlstring(L, watch->function_.data(), watch->function_.size());
-    auto* place = static_cast<CallWatch**>(lua_newuserdata(L, sizeof(CallWatch*)));
+    auto* place = static_cast<CallWatch**>(lua_newuserdata(L, sizeof(void*)));
     *place = nullptr;
     lua_pushvalue(L, 2);
     lua_gettable(L, LUA_GLOBALSINDEX);

@@ -324,7 +324,7 @@ bool getArrayParams(lua_State* L, int tableIndex, std::vector<std::vector<KVPara
 {
     return readList(L, tableIndex, lists, clearFirst, [&](int table, Budget& budget) {
         eachElement(L, table, budget, [&](int element) {
-            budget.takeBytes(sizeof lists.back());
+            budget.takeBytes(sizeof(std::vector<KVParams>));
             readArray(L, element, lists.emplace_back(), budget);
         });
     });
