@@ -68,19 +68,23 @@ template<class Result, class... Arguments>
 Result callConfigFunc(lua_State* L, const char* function, Arguments... arguments)
 {
     const Question question;
-    if (question.isTooDeep(L, function)) return Result();
-    const quorlua::limits::Operation operation(L);
-    bool isKnown = known::prepare(L, function, arguments...);
-    if (!isKnown && L) {
-        quorlua::guard::run(L, [=](lua_State* frame) {
-            known::remember(frame, function);
-            (known::remember(frame, arguments), ...);
-            return 0;
-        });
-        isKnown = known::prepare(L, function, arguments...);
+    bool ended = false;
+    {
+        const quorlua::limits::Operation operation(L);
+        if (question.isTooDeep(L, function)) return Result();
+        bool isKnown = known::prepare(L, function, arguments...);
+        if (!isKnown && L) {
+            quorlua::guard::run(L, [=](lua_State* frame) {
+                known::remember(frame, function);
+                (known::remember(frame, arguments), ...);
+                return 0;
+            });
+            isKnown = known::prepare(L, function, arguments...);
+        }
+        if (!isKnown) return lua_tinker::call<Result>(L, function, arguments...);
+        ended = known::call(L, sizeof...(arguments));
     }
-    if (!isKnown) return lua_tinker::call<Result>(L, function, arguments...);
-    const bool ended = known::call(L, sizeof...(arguments));
+    // The collector may run as the operation ends, so the answer stays in its slot till then.
     if constexpr (std::is_void_v<Result>) {
         lua_pop(L, 2);
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Budget.h"
 #include "Messages.h"
 #include "Values.h"
 
@@ -34,6 +35,7 @@ struct Record {
     int length; ///< of its sequence part
     const HatchNumbers& hatch;
     std::vector<Report>& reports; ///< where complaints go
+    Budget& budget;               ///< that lists and texts are taken from
 
     /// Whether a field may be there: the one behind the sequence part is not, by what that part is.
     bool mayHave(int field) const { return field - 1 != length; }
@@ -109,6 +111,7 @@ struct TextField {
     {
         record.push(field);
         if (lua_type(record.L, -1) != LUA_TSTRING) return false;
+        if (!record.budget.takeBytes(lua_objlen(record.L, -1))) return false;
         value = lua_tostring(record.L, -1);
         return true;
     }
@@ -132,7 +135,8 @@ struct PolylineField {
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolyline(record.L, lua_gettop(record.L), value);
+        return lua_istable(record.L, -1) &&
+               values::readPolyline(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 
@@ -143,7 +147,7 @@ struct LoopsField {
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return values::readPolylines(record.L, lua_gettop(record.L), value);
+        return values::readPolylines(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 

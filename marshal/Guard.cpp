@@ -68,6 +68,7 @@ int install(lua_State* L)
 /// then. Leaves no error value. [-0, +0, -]
 int callTwice(lua_State* L, lua_CFunction function, void* data)
 {
+    const limits::Operation operation(L); // of the finalizers
     int status = lua_cpcall(L, function, data);
     if (status != 0) lua_pop(L, 1);
     if (status != LUA_ERRRUN) return status;
@@ -223,17 +224,19 @@ void raiseOverflow(lua_State* L, const char* what)
 
 namespace detail {
 
-int call(lua_State* L, int arguments, int handler, Task& task)
+int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError)
 {
     const limits::Operation operation(L);
     if (!leavesRoomForScript()) {
         lua_pop(L, arguments);
+        if (keepsError) lua_pushnil(L);
         // Past "_ALERT", which would be a call of the script's again.
         if (handler != 0) lua_tinker::print_error(nullptr, "C stack overflow");
         return LUA_ERRRUN;
     }
     if (!pushStored(L, trampolineKey, trampoline)) {
         lua_pop(L, arguments);
+        if (keepsError) lua_pushnil(L);
         return LUA_ERRMEM;
     }
     if (arguments > 0) lua_insert(L, -1 - arguments);
@@ -241,7 +244,7 @@ int call(lua_State* L, int arguments, int handler, Task& task)
     Task* const outer = std::exchange(pending, &task);
     const int status = lua_pcall(L, arguments, LUA_MULTRET, handler);
     pending = outer;
-    if (status == 0) return 0;
+    if (status == 0 || keepsError) return status;
     lua_pop(L, 1);
     // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
     // then. Work that leaves nothing on the stack is done all the same.

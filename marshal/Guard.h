@@ -95,8 +95,9 @@ Task taskOf(Work& work)
     return task;
 }
 
-/// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped.
-int call(lua_State* L, int arguments, int handler, Task& task);
+/// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped, unless
+/// it is asked for: one is then there, nil where memory ran out before the call.
+int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError = false);
 
 } // namespace detail
 
@@ -137,6 +138,22 @@ template<class Work>
 bool runOn(lua_State* L, int index, Work work)
 {
     return pushSlot(L, index) && run(L, 1, 0, work);
+}
+
+/// As `run`, without arguments or handler, for an operation that is defined to raise: what the work raises is
+/// raised once more in the caller's frame, when it is no longer an operation by the limits for scripts. A
+/// full frame raises "stack overflow (WHAT)". Nothing that needs a destructor may be alive. [-0, +results, e]
+template<class Work>
+void runRaising(lua_State* L, const char* what, Work work)
+{
+    static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
+    constexpr int slots = 4;
+    if (!makeRoom(L, slots)) raiseOverflow(L, what);
+    detail::Task task = detail::taskOf(work);
+    const int status = detail::call(L, 0, 0, task, true);
+    if (status == 0) return;
+    if (status == LUA_ERRMEM && lua_isnil(L, -1)) luaL_error(L, "not enough memory");
+    lua_error(L);
 }
 
 } // namespace quorlua::guard

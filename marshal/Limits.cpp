@@ -53,6 +53,8 @@ namespace {
 // Between two looks at the clock: some 10 microseconds of instructions.
 constexpr int usualCount = 1000;
 constexpr unsigned int requestsBetweenLooks = 64;
+// To fill so much takes as long as many small requests.
+constexpr std::size_t largeRequest = 65536;
 // For finalizers, when a state at its limit is cleaned up.
 constexpr std::size_t slackOfCollection = 65536;
 
@@ -78,9 +80,8 @@ bool mayGrow(Limiter& limiter, std::size_t more)
     // Outside of operations nobody could catch the error.
     if (limiter.operations == 0) return true;
     if (isTimed(limiter)) {
-        if (!limiter.isOver && ++limiter.requests % requestsBetweenLooks == 0 &&
-            Clock::now() >= limiter.deadline)
-            noteOver(limiter);
+        const bool look = ++limiter.requests % requestsBetweenLooks == 0 || more >= largeRequest;
+        if (!limiter.isOver && look && Clock::now() >= limiter.deadline) noteOver(limiter);
         if (limiter.isOver) return false;
     }
     if (limiter.used <= limiter.mostBytes && more <= limiter.mostBytes - limiter.used) return true;
@@ -119,8 +120,10 @@ void setHook(lua_State* L, int instructions)
 }
 
 /// Tells where the script stood, past "_ALERT": nothing of the script's runs any more.
-void report(lua_State* L, const Limiter& limiter)
+void reportOnce(lua_State* L, Limiter& limiter)
 {
+    if (limiter.isReported) return;
+    limiter.isReported = true;
     lua_Debug frame{};
     lua_getstack(L, 0, &frame); // of a running function: whoever calls will raise an error in it
     lua_getinfo(L, "Sl", &frame);
@@ -136,10 +139,7 @@ void check(lua_State* L, Limiter& limiter)
 {
     if (limiter.operations == 0 || !isTimed(limiter)) return;
     if (!limiter.isOver && Clock::now() < limiter.deadline) return;
-    if (!limiter.isReported) {
-        limiter.isReported = true;
-        report(L, limiter);
-    }
+    reportOnce(L, limiter);
     noteOver(limiter);
     lua_newuserdata(L, 1);
     luaL_error(L, "%s", limiter.message); // the host has put another allocator in place
@@ -236,9 +236,10 @@ void end(Limiter& limiter)
     limiter.isReported = false;
 }
 
-bool limitNewState(lua_State* L)
+bool limitNewState(lua_State* L, bool untrusted)
 {
-    const ScriptLimits& wanted = limitsOfNewStates;
+    ScriptLimits wanted = limitsOfNewStates;
+    wanted.untrusted = wanted.untrusted || untrusted;
     if (!(wanted.seconds > 0) && wanted.bytes == 0 && !wanted.untrusted) return true;
     auto* limiter = new (std::nothrow) Limiter;
     if (!limiter) return false;
@@ -278,6 +279,16 @@ bool hasTimeLimit(lua_State* L)
     return limiter && isTimed(*limiter);
 }
 
+bool isTimeOver(lua_State* L)
+{
+    Limiter* limiter = limiterOf(L);
+    if (!limiter || limiter->operations == 0 || !isTimed(*limiter)) return false;
+    if (!limiter->isOver && Clock::now() < limiter->deadline) return false;
+    reportOnce(L, *limiter);
+    noteOver(*limiter);
+    return true;
+}
+
 bool isUntrusted(lua_State* L)
 {
     const Limiter* limiter = limiterOf(L);
@@ -301,6 +312,16 @@ void limitNewStates(const ScriptLimits& wanted)
 {
     limits::limitsOfNewStates = wanted;
     if (wanted.seconds > 0 || wanted.bytes > 0 || wanted.untrusted) limits::inUse = true;
+}
+
+ScriptOperation::ScriptOperation(lua_State* L)
+    : limiter_(limits::inUse.load(std::memory_order_relaxed) ? limits::begin(L) : nullptr)
+{
+}
+
+ScriptOperation::~ScriptOperation()
+{
+    if (limiter_) limits::end(*static_cast<limits::Limiter*>(limiter_));
 }
 
 LimitReached takeLimitReached()

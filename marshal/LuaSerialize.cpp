@@ -1,4 +1,5 @@
 #include "Guard.h"
+#include "Limits.h"
 
 #include <QuorCommon/QuorSystem.h>
 #include <QuorPureScriptor/lua_tinker.h>
@@ -41,6 +42,7 @@ struct End {
 /// +1, -]
 void callScript(lua_State* L, const char* function, const char* text, bool isTextWanted)
 {
+    const limits::Operation operation(L);
     const int arguments = text ? 0 : 1;
     const int handler = lua_gettop(L) + 1 - arguments;
     bool isMissing = false;

@@ -1,3 +1,4 @@
+#include "Budget.h"
 #include "CallFormats.h"
 #include "Guard.h"
 #include "Values.h"
@@ -66,10 +67,12 @@ void replaceVector(const CallItem& item, Read read)
 }
 
 /// One table of a 'b' result as records; its keys become texts, its values numbers or texts or nothing.
-void readMap(lua_State* L, int index, std::vector<KVParams>& records)
+bool readMap(lua_State* L, int index, std::vector<KVParams>& records, Budget& budget)
 {
     for (lua_pushnil(L); lua_next(L, index) != 0; lua_pop(L, 1)) {
         KVParams record;
+        if (!budget.takeEntry(sizeof record + values::textSize(L, -2) + values::textSize(L, -1)))
+            return false;
         if (lua_type(L, -2) == LUA_TSTRING) {
             std::size_t size = 0;
             const char* key = lua_tolstring(L, -2, &size);
@@ -86,15 +89,18 @@ void readMap(lua_State* L, int index, std::vector<KVParams>& records)
         }
         records.push_back(std::move(record));
     }
+    return true;
 }
 
-/// The reader of a 'b' result: ends at the first value that is no table.
+/// The reader of a 'b' result: ends at the first value that is no table, or beyond the budget.
 void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
 {
     const int top = lua_gettop(L);
+    Budget budget(L);
     for (lua_pushnil(L); lua_next(L, index) != 0 && lua_istable(L, -1); lua_pop(L, 1)) {
+        if (!budget.takeEntry(sizeof(std::vector<KVParams>))) break;
         maps.emplace_back();
-        readMap(L, top + 2, maps.back());
+        if (!readMap(L, top + 2, maps.back(), budget)) break;
     }
     lua_settop(L, top);
 }
@@ -136,10 +142,16 @@ void readTable(lua_State* L, int index, char letter, const CallItem& item, int& 
         replaceVector<'S'>(item, [&](auto& fresh) { getStringArray(L, index, fresh); });
         break;
     case 'g':
-        replaceVector<'g'>(item, [&](auto& fresh) { values::readPolyline(L, index, fresh); });
+        replaceVector<'g'>(item, [&](auto& fresh) {
+            Budget budget(L);
+            values::readPolyline(L, index, fresh, budget);
+        });
         break;
     case 'l':
-        replaceVector<'l'>(item, [&](auto& fresh) { values::readPolylines(L, index, fresh); });
+        replaceVector<'l'>(item, [&](auto& fresh) {
+            Budget budget(L);
+            values::readPolylines(L, index, fresh, budget);
+        });
         break;
     case 'm':
         replaceVector<'m'>(item, [&](auto& fresh) { getParams(L, index, fresh, false); });

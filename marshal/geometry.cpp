@@ -1,9 +1,11 @@
+#include "Budget.h"
 #include "Guard.h"
 #include "Values.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <QuorScriptor/geometry.h>
+#include <cstring>
 
 namespace quorlua {
 namespace {
@@ -269,10 +271,13 @@ bool getKxDbObjectIdArray(lua_State* L, int index, std::vector<KxDbObjectId>& id
 
 bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
 {
-    return readArray(L, index, texts, [L](int table, int key, std::string& text) {
+    Budget budget(L);
+    return readArray(L, index, texts, [L, &budget](int table, int key, std::string& text) {
         const char* read = nullptr;
-        if (!getAString(L, table, key, read)) return false;
-        text = read;
+        if (budget.isSpent() || !getAString(L, table, key, read)) return false;
+        const std::size_t length = std::strlen(read);
+        if (!budget.takeEntry(sizeof(std::string) + length)) return false;
+        text.assign(read, length);
         return true;
     });
 }
@@ -308,8 +313,9 @@ bool getQuorPolyDescArray(lua_State* L, int index, std::vector<QuorPolyDesc>& ve
 {
     if (!isTable(L, index) || !guard::reserve(L, values::readerSlots)) return false;
     const int top = lua_gettop(L);
-    const bool read =
-        values::withoutThrowing([&] { return values::readPolyline(L, guard::absolute(L, index), vertices); });
+    Budget budget(L);
+    const bool read = values::withoutThrowing(
+        [&] { return values::readPolyline(L, guard::absolute(L, index), vertices, budget); });
     lua_settop(L, top);
     return read;
 }

@@ -198,6 +198,7 @@ Outcome callWithList(lua_State* L, const char* function, const char* format, va_
 /// Pushes the arguments, above the function when there is a name for one. The number of arguments, or -1.
 int prepareWithList(lua_State* L, const char* function, const char* format, va_list& list, Outcome& outcome)
 {
+    const limits::Operation operation(L);
     int count = -1;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
@@ -292,7 +293,8 @@ int prepareCallParam_vl(lua_State* L, const char* format, va_list& items)
 
 bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char* resultFormat, ...)
 {
-    if (!L || arguments < 0 || lua_gettop(L) < arguments + 1) return false;
+    if (!L || arguments < 0 || arguments >= lua_gettop(L)) return false;
+    const limits::Operation operation(L);
     const int results = resultFormat ? static_cast<int>(std::strlen(resultFormat)) : 0;
     // Of all calls this takes the most stack for each that the interpreter counts.
     if (!leavesRoom(0) || !guard::reserve(L, results)) {

@@ -13,6 +13,7 @@
 #include <QuorMsgHandle/QuorMsgHandle.h>
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
+#include <QuorScriptor/ScriptLimits.h>
 #include <algorithm>
 #include <optional>
 
@@ -68,6 +69,13 @@ std::vector<Global> globalsOf(lua_State* L)
     std::sort(globals.begin(), globals.end(),
               [](const Global& one, const Global& other) { return one.name < other.name; });
     return globals;
+}
+
+/// Whether a script has a global function of that name, within its limits: a metatable may answer.
+bool isGlobalFunction(lua_State* L, const std::string& name)
+{
+    const quorlua::ScriptOperation operation(L);
+    return quorlua::is_global_function(L, name.c_str());
 }
 
 std::string describe(GlibStatus status, const char* meaning)
@@ -305,7 +313,7 @@ std::string ScriptSession::listOfFunctions() const
 bool ScriptSession::hasGlobal(std::string_view name) const
 {
     lua_State* L = scriptor_->getLua(false);
-    if (quorlua::is_global_function(L, std::string(name).c_str())) return true;
+    if (isGlobalFunction(L, std::string(name))) return true;
     // Other values count as well: calling them fails, and the failure says more than "missing" would.
     const std::vector<Global> globals = globalsOf(L);
     return std::any_of(globals.begin(), globals.end(),
@@ -320,6 +328,7 @@ std::string ScriptSession::chooseSegment(const std::string& wanted)
                    : terminal::gbkFrom(wanted, "--segment " + wanted);
     }
     if (hasGlobal("main")) return "main";
+    limit_.check();
     const std::vector<std::string> names = ownFunctions();
     if (names.size() == 1) return names.front();
     throw Failure(WrongUsage, fmt::format("{}: --segment is expected, since the script has no \"main\"; {}",
@@ -345,7 +354,7 @@ void ScriptSession::failCall(const char* what, const std::string& name, const st
 
 void ScriptSession::checkFunction(const std::string& function)
 {
-    if (quorlua::is_global_function(scriptor_->getLua(false), function.c_str())) return;
+    if (isGlobalFunction(scriptor_->getLua(false), function)) return;
     failCall("function", function, "the script has no global function of that name\n" + listOfFunctions());
 }
 

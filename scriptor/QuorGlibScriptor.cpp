@@ -3,6 +3,7 @@
 #include "Limits.h"
 #include "Modules.h"
 #include "Safeguards.h"
+#include "StateTrust.h"
 #include "Untrusted.h"
 
 #include <QuorCommon/QuorSystem.h>
@@ -115,10 +116,12 @@ QuorGlibScriptor& QuorGlibScriptor::operator=(const QuorGlibScriptor& other) = d
 
 void QuorGlibScriptor::initLua()
 {
-    if (state_) quorlua::limits::closeState(state_);
+    if (quorlua::isRunning(state_)) return;
+    if (state_) quorlua::closeForGood(state_, baseTop_);
+    const bool untrusted = baseTop_ == quorlua::untrustedBefore;
     state_ = luaL_newstate();
     if (!state_) return;
-    if (!quorlua::limits::limitNewState(state_)) {
+    if (!quorlua::limits::limitNewState(state_, untrusted)) {
         lua_close(state_);
         state_ = nullptr;
         return;
@@ -154,8 +157,7 @@ void QuorGlibScriptor::initLua()
     }
     if (complete) return;
     // Half a state is of no use to a script.
-    quorlua::limits::closeState(state_);
-    state_ = nullptr;
+    quorlua::closeForGood(state_, baseTop_);
 }
 
 void QuorGlibScriptor::addLib(const char* name, const luaL_Reg* list) const

@@ -1,6 +1,8 @@
 #include "letters.h"
 #include "marshal_state.h"
 
+#include <climits>
+
 namespace {
 
 using namespace quorlua;
@@ -16,6 +18,17 @@ int pushWithList(lua_State* L, const char* format, ...)
 }
 
 class TwoStepCalls : public MarshalState {};
+
+TEST_F(TwoStepCalls, CallNothingWhereTheStackHoldsFewerValues)
+{
+    run("function touch() touched = true end");
+    const SameHeight same(L);
+    lua_getglobal(L, "touch");
+    for (const int arguments : {-1, 1, 2, INT_MAX})
+        EXPECT_FALSE(callLuaFunc1(L, "touch", arguments, "")) << arguments;
+    EXPECT_EQ(shown("touched"), "nil");
+    lua_pop(L, 1);
+}
 
 TEST_F(TwoStepCalls, PushAFunctionAndItsArgumentsThenCallThem)
 {

@@ -213,6 +213,150 @@ TEST(TimeLimit, HoldsForEveryOperationThatRunsScripts)
     EXPECT_EQ(takeLimitReached(), LimitReached::Time);
 }
 
+int requireObject(lua_State* L)
+{
+    quorlua::requireObjectIdInState(L, KxDbObjectId(5), "objects");
+    return 0;
+}
+
+TEST(TimeLimit, HoldsForAnOperationThatRaises)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "local function f() local start = os.clock() while os.clock() - start < 2 do end\n"
+                       "outlasted = true end objects = setmetatable({}, {__newindex = f})"),
+              GlibStatus::Ok);
+    lua_State* L = scriptor.getLua(false);
+    lua_pushcfunction(L, requireObject);
+    EXPECT_NE(lua_pcall(L, 0, 0, 0), 0);
+    lua_pop(L, 1);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    EXPECT_EQ(luatext::shown(L, "outlasted"), "nil");
+    // The operation has ended: what the host runs itself is not limited.
+    EXPECT_EQ(luaL_dostring(L, "local start = os.clock() while os.clock() - start < 0.15 do end"), 0);
+}
+
+TEST(TimeLimit, HoldsForWhatAHostMakesAnOperation)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    lua_State* L = scriptor.getLua(false);
+    ASSERT_EQ(luaL_loadstring(L, "local start = os.clock() while os.clock() - start < 2 do end"), 0);
+    {
+        const quorlua::ScriptOperation operation(L);
+        EXPECT_NE(lua_pcall(L, 0, 0, 0), 0);
+    }
+    lua_pop(L, 1);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    const quorlua::ScriptOperation ofNothing(nullptr);
+}
+
+int sleepBeyondTheLimit(lua_State*)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    return 0;
+}
+
+TEST(TimeLimit, IsLookedAtWhenMuchMemoryIsWanted)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "sleep", sleepBeyondTheLimit);
+    ASSERT_EQ(runChunk(scriptor, "half = string.rep('x', 40000)\n"
+                                 "function f() sleep() local whole = half .. half got = true end"),
+              GlibStatus::Ok);
+    EXPECT_EQ(scriptor.callSeg("f"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "got"), "nil");
+}
+
+TEST(TimeLimit, EndsTheReadingOfAnAnswer)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "local function rep(v, n) local t = {} for i = 1, n do t[i] = v end return t end\n"
+                       "local bad = rep({1, {0, 0, 0}}, 1000) bad[1001] = 'no vertex'\n"
+                       "function walk() return rep({25, bad}, 1e5) end\n"
+                       "function none() return {} end"),
+              GlibStatus::Ok);
+    Primitives drawn;
+    const double seconds = secondsOf([&] { EXPECT_EQ(scriptor.callSeg("walk", drawn), GlibStatus::Ok); });
+    EXPECT_LT(seconds, 2.0) << "a hundred million vertices";
+    EXPECT_TRUE(drawn.empty());
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    EXPECT_EQ(reports.all().size(), 1U);
+    EXPECT_EQ(scriptor.callSeg("none", drawn), GlibStatus::Ok);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
+TEST(Distrust, StaysWithAScriptorWhenItsStateIsMadeAnew)
+{
+    const ScriptFolder folder;
+    const std::string file = folder.write("script.lua", "trusted = os.execute ~= nil");
+    QuorGlibScriptor scriptor;
+    {
+        const Limited limited(0, 0, true);
+        scriptor.initLua();
+        ASSERT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::Ok);
+        EXPECT_EQ(luatext::shown(scriptor.getLua(false), "trusted"), "false");
+    }
+    EXPECT_EQ(scriptor.reloadLua(1), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "trusted"), "false");
+    scriptor.initLua();
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "os.execute == nil"), "true");
+    EXPECT_EQ(luatext::shown(QuorGlibScriptor().getLua(false), "os.execute == nil"), "false");
+}
+
+TEST(Distrust, StaysWithAScriptorThatHadNoStateMeanwhile)
+{
+    const Reports reports;
+    QuorGlibScriptor scriptor;
+    {
+        const Limited limited(0, 0, true);
+        scriptor.initLua();
+    }
+    EXPECT_EQ(runChunk(scriptor, "error('lost')"), GlibStatus::ScriptFailed);
+    ASSERT_EQ(scriptor.getLua(false), nullptr);
+    {
+        const Limited limited(0, 1000);
+        scriptor.initLua();
+        ASSERT_EQ(scriptor.getLua(false), nullptr);
+    }
+    scriptor.initLua();
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "os.execute == nil"), "true");
+}
+
+TEST(FileThatLostItsState, CountsAsChanged)
+{
+    const ScriptFolder folder;
+    const std::string file = folder.write("script.lua", "loads = (loads or 0) + 1 function seg() end", 1000);
+    QuorGlibScriptor scriptor;
+    const auto loseState = [&](int seconds) {
+        const Limited limited(0, 1000);
+        folder.setTime("script.lua", seconds);
+        EXPECT_EQ(scriptor.loadFile(file.c_str(), true), GlibStatus::ScriptFailed);
+        EXPECT_EQ(scriptor.getLua(false), nullptr);
+    };
+    ASSERT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::Ok);
+    loseState(2000);
+    EXPECT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::ScriptFailed)
+        << "there is no state to run it in";
+    EXPECT_EQ(scriptor.reloadLua(2), GlibStatus::ScriptFailed);
+    EXPECT_EQ(scriptor.loadFile(file.c_str(), true), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1");
+    EXPECT_EQ(scriptor.callSeg("seg"), GlibStatus::Ok);
+    loseState(3000);
+    EXPECT_EQ(scriptor.reloadLua(3), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1");
+    EXPECT_EQ(scriptor.reloadLua(3), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1") << "it is loaded, and has not changed";
+}
+
 TEST(TimeLimit, HoldsWhileAStateIsClosed)
 {
     const Reports reports;
