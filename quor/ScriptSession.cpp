@@ -328,7 +328,7 @@ std::string ScriptSession::chooseSegment(const std::string& wanted)
                    : terminal::gbkFrom(wanted, "--segment " + wanted);
     }
     if (hasGlobal("main")) return "main";
-    limit_.check();
+    checkLimits();
     const std::vector<std::string> names = ownFunctions();
     if (names.size() == 1) return names.front();
     throw Failure(WrongUsage, fmt::format("{}: --segment is expected, since the script has no \"main\"; {}",

@@ -23,14 +23,12 @@ public:
     {
         std::free(text_);
         text_ = text ? duplicateText(text) : nullptr;
-        size_ = text_ ? std::strlen(text_) : 0;
     }
     const char* get() const { return text_; }
-    std::size_t size() const { return size_; }
+    std::size_t size() const { return text_ ? std::strlen(text_) : 0; }
 
 private:
     char* text_ = nullptr;
-    std::size_t size_ = 0;
 };
 
 /// What holds on one thread while a script draws: the current drawing attributes, which records change and

@@ -234,17 +234,22 @@ TEST(NativeStack, SufficesForAFunctionOfTheHostInPlaceOfTheInterpreters)
             << kilobytes;
 }
 
-constexpr const char* longPattern = "local s = ('a'):rep(300000)\n"
-                                    "local ok, text = pcall(string.find, s, ('a?'):rep(300000) .. 'b')\n"
-                                    "assert(not ok)";
+/// Runs a chunk, and then a pattern that takes more stack than there is.
+GlibStatus statusWithLongPattern(const char* before)
+{
+    QuorGlibScriptor scriptor;
+    std::string chunk = before;
+    chunk += "\nlocal s = ('a'):rep(300000)\n"
+             "local ok, text = pcall(string.find, s, ('a?'):rep(300000) .. 'b')\n"
+             "assert(not ok)";
+    return runChunk(scriptor, chunk);
+}
 
 TEST(NativeStack, IsKnownToAScriptThatHasOpenedAllFiles)
 {
     const sys::FewFiles few;
-    QuorGlibScriptor scriptor;
-    EXPECT_EQ(runChunk(scriptor, std::string("local kept = {} repeat local file = io.open('/dev/null') "
-                                             "kept[#kept + 1] = file until not file\n") +
-                                     longPattern),
+    EXPECT_EQ(statusWithLongPattern("local kept = {} repeat local file = io.open('/dev/null') "
+                                    "kept[#kept + 1] = file until not file"),
               GlibStatus::Ok);
 }
 
@@ -254,11 +259,8 @@ TEST(NativeStack, IsAssumedToBeSmallWhereNobodyTells)
     std::vector<std::ifstream> files;
     while (files.emplace_back("/dev/null")) {
     }
-    QuorGlibScriptor scriptor;
-    EXPECT_EQ(
-        runChunk(scriptor,
-                 std::string("assert(('ab'):gsub('.', function() return 'c' end) == 'cc')\n") + longPattern),
-        GlibStatus::Ok);
+    EXPECT_EQ(statusWithLongPattern("assert(('ab'):gsub('.', function() return 'c' end) == 'cc')"),
+              GlibStatus::Ok);
 }
 
 TEST(Safeguards, SayWhatTheInterpreterSays)
