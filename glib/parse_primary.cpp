@@ -26,7 +26,7 @@ constexpr int walkSlots = 2 * (deepestGroup + 1) + recordSlots;
 /// primitive has a copy of its own.
 bool stamp(QuorPrimary3D* solid, const ScriptContext& context, Budget& budget)
 {
-    if (budget.isSpent() || !budget.takeBytes(context.material.size())) return false;
+    if (!budget.takeText(context.material.get())) return false;
     solid->setColor(context.colour);
     solid->setMaterial(context.material.get());
     return true;
@@ -34,7 +34,7 @@ bool stamp(QuorPrimary3D* solid, const ScriptContext& context, Budget& budget)
 
 bool stamp(QuorPrimary2D* drawing, const ScriptContext& context, Budget& budget)
 {
-    if (budget.isSpent() || !budget.takeBytes(context.lineType.size())) return false;
+    if (!budget.takeText(context.lineType.get())) return false;
     drawing->setColor(context.colour);
     // What the record set itself wins; values that stand for "unset" count as not set.
     if (drawing->getThick() <= 1e-5) drawing->setThick(context.thickness);

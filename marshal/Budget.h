@@ -3,6 +3,7 @@
 #include "Limits.h"
 
 #include <cstddef>
+#include <cstring>
 
 /// What reading one answer may cost. A table of a script's can stand in another a million times, and a text
 /// in a million tables: a few megabytes of the script's then are terabytes for the host, and hours. So
@@ -43,6 +44,8 @@ public:
         bytes_ -= bytes;
         return true;
     }
+    /// The same of a text; null is none. No more of it is looked at than what is left.
+    bool takeText(const char* text) { return takeBytes(text ? strnlen(text, bytes_ + 1) : 0); }
     /// False when the time is over; then nothing more can be taken.
     bool isInTime() { return !limits::isTimeOver(L_) || spend(); }
     bool isSpent() const { return entries_ == 0; }

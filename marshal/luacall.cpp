@@ -163,7 +163,7 @@ Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
 Outcome callAndRead(lua_State* L, const Call& call)
 {
     const limits::Operation operation(L);
-    if (!leavesRoomForScript()) return Outcome::Failed;
+    if (!leavesRoom(0)) return Outcome::Failed;
     const int top = lua_gettop(L);
     int kept = top;
     Outcome outcome = callAndLeaveResults(L, call, top);

@@ -3,7 +3,6 @@
 #include "duplicateText.h"
 
 #include <cstdlib>
-#include <cstring>
 
 class GlibScriptFunctor;
 class GlibTextStyle;
@@ -25,7 +24,6 @@ public:
         text_ = text ? duplicateText(text) : nullptr;
     }
     const char* get() const { return text_; }
-    std::size_t size() const { return text_ ? std::strlen(text_) : 0; }
 
 private:
     char* text_ = nullptr;

@@ -271,8 +271,8 @@ void open(lua_State* L, const char* name, lua_CFunction library)
 #if defined(LUAJIT_VERSION)
 
 /// Takes away what scripts can open by `require`, and what the engine opens for a literal like `1LL`: that
-/// registers itself, but only the first time. It stays in the registry, since the engine itself goes on to use
-/// what hangs on it. [-0, +0, m]
+/// registers itself, but only the first time. It stays in the registry, since the engine itself goes on to
+/// use what hangs on it. [-0, +0, m]
 void hideForeignFunctions(lua_State* L)
 {
     constexpr int key = -0x51553105;
