@@ -1,11 +1,9 @@
-#include "limit.h"
+#include "Workload.h"
 #include "raw.h"
-#include "ways.h"
 
 #include <QuorPrimary/QuorPrimary.h>
 #include <QuorScriptor/primitives.h>
 
-namespace bench::ways {
 namespace {
 
 constexpr const char* script = R"(
@@ -26,39 +24,29 @@ constexpr const char* script = R"(
     end
 )";
 
-template<class Parse>
-void measureParse(Laps& laps, Parse parse)
+void libraryParse(lua_State* L, int index, std::vector<QuorPrimary*>& out)
 {
-    const ScriptState state(script);
+    static_cast<void>(quorlua::parse_primary_byidx(L, index, out));
+}
+
+template<class Parse>
+void parseRecords(benchmark::State& run, Parse parse)
+{
+    const bench::ScriptState state(script);
+    lua_settop(state.get(), 0);
     lua_getglobal(state.get(), "records");
     std::size_t made = 0;
-    laps.repeat([&] {
+    for (auto _ : run) {
         std::vector<QuorPrimary*> primitives;
         parse(state.get(), 1, primitives);
         made = primitives.size();
         for (const QuorPrimary* primitive : primitives)
             delete primitive;
-    });
-    require(made == 900, "parse 1000 records");
+    }
+    bench::require(made == 900, "parse 1000 records");
 }
+
+BENCHMARK_CAPTURE(parseRecords, raw, raw::parseRecords)->Name("parse 1000 records/raw");
+BENCHMARK_CAPTURE(parseRecords, library, libraryParse)->Name("parse 1000 records/library");
 
 } // namespace
-
-void parseRecordsRaw(Laps& laps)
-{
-    measureParse(laps, raw::parseRecords);
-}
-
-void parseRecordsLimit(Laps& laps)
-{
-    measureParse(laps, limit::parseRecords);
-}
-
-void parseRecordsLibrary(Laps& laps)
-{
-    measureParse(laps, [](lua_State* L, int index, std::vector<QuorPrimary*>& out) {
-        static_cast<void>(quorlua::parse_primary_byidx(L, index, out));
-    });
-}
-
-} // namespace bench::ways

@@ -1,27 +1,25 @@
-#include "limit.h"
+#include "Workload.h"
 #include "raw.h"
-#include "ways.h"
 
 #include <QuorScriptor/QuorGlibScriptor.h>
 
-namespace bench::ways {
+namespace {
 
-void newStateRaw(Laps& laps)
+void newStateRaw(benchmark::State& run)
 {
-    laps.repeat([] { raw::makeState(); });
+    for (auto _ : run)
+        raw::makeState();
 }
 
-void newStateLimit(Laps& laps)
+void newStateLibrary(benchmark::State& run)
 {
-    laps.repeat([] { limit::makeState(); });
-}
-
-void newStateLibrary(Laps& laps)
-{
-    laps.repeat([] {
+    for (auto _ : run) {
         QuorGlibScriptor scriptor;
-        require(scriptor.getLua(false) != nullptr, "new state, library");
-    });
+        bench::require(scriptor.getLua(false) != nullptr, "new state, library");
+    }
 }
 
-} // namespace bench::ways
+BENCHMARK(newStateRaw)->Name("new state/raw");
+BENCHMARK(newStateLibrary)->Name("new state/library");
+
+} // namespace

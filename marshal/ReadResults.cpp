@@ -1,4 +1,3 @@
-#include "Budget.h"
 #include "CallFormats.h"
 #include "Guard.h"
 #include "Values.h"
@@ -28,7 +27,7 @@ struct Bytes {
 
 /// The text of a string, or of a number, which is turned into a string where it stands, as the interpreter
 /// would, but without asking the locale. False for other values.
-bool getBytes(lua_State* L, int index, Bytes& bytes)
+bool readText(lua_State* L, int index, Bytes& bytes)
 {
     if (lua_type(L, index) == LUA_TNUMBER) {
         char text[32];
@@ -48,8 +47,7 @@ bool getBytes(lua_State* L, int index, Bytes& bytes)
 quor_binary duplicateBytes(const Bytes& bytes)
 {
     quor_binary copy;
-    if (bytes.size == 0) return copy;
-    if (bytes.size > 0x7FFFFFFF) return copy; // GCOVR_EXCL_BR_LINE: a text of 2 GB is more than tests ask for
+    if (bytes.size == 0 || bytes.size > 0x7FFFFFFF) return copy;
     copy.data = static_cast<char*>(std::malloc(bytes.size));
     if (!copy.data) return copy;
     std::memcpy(copy.data, bytes.data, bytes.size);
@@ -67,12 +65,10 @@ void replaceVector(const CallItem& item, Read read)
 }
 
 /// One table of a 'b' result as records; its keys become texts, its values numbers or texts or nothing.
-bool readMap(lua_State* L, int index, std::vector<KVParams>& records, Budget& budget)
+void readMap(lua_State* L, int index, std::vector<KVParams>& records)
 {
     for (lua_pushnil(L); lua_next(L, index) != 0; lua_pop(L, 1)) {
         KVParams record;
-        if (!budget.takeEntry(sizeof record + values::textSize(L, -2) + values::textSize(L, -1)))
-            return false;
         if (lua_type(L, -2) == LUA_TSTRING) {
             std::size_t size = 0;
             const char* key = lua_tolstring(L, -2, &size);
@@ -89,43 +85,34 @@ bool readMap(lua_State* L, int index, std::vector<KVParams>& records, Budget& bu
         }
         records.push_back(std::move(record));
     }
-    return true;
 }
 
-/// The reader of a 'b' result: ends at the first value that is no table, or beyond the budget.
+/// The reader of a 'b' result: ends at the first value that is no table.
 void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
 {
     const int top = lua_gettop(L);
-    Budget budget(L);
     for (lua_pushnil(L); lua_next(L, index) != 0 && lua_istable(L, -1); lua_pop(L, 1)) {
-        if (!budget.takeEntry(sizeof(std::vector<KVParams>))) break;
         maps.emplace_back();
-        if (!readMap(L, top + 2, maps.back(), budget)) break;
+        readMap(L, top + 2, maps.back());
     }
     lua_settop(L, top);
-}
-
-/// A point or vector; the default one where the table is none.
-template<class Triple>
-void readTriple(lua_State* L, int index, Triple& triple)
-{
-    const int top = lua_gettop(L);
-    QuorPoint point{};
-    const bool whole = values::readPoint(L, index, point);
-    lua_settop(L, top);
-    triple = Triple();
-    if (whole) triple.set(point.x, point.y, point.z);
 }
 
 void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     switch (letter) {
-    case 'p':
-        readTriple(L, index, output<'p'>(item));
+    case 'p': {
+        KxGePoint3D point;
+        getAKxGePoint(L, index, point);
+        output<'p'>(item) = point;
         break;
-    case 'v':
-        readTriple(L, index, output<'v'>(item));
+    }
+    case 'v': {
+        KxGeVector3D vector;
+        getAKxGeVector(L, index, vector);
+        output<'v'>(item) = vector;
         break;
+    }
     case 'X': {
         KxGeMatrix3D matrix;
         getMatrix(L, index, matrix);
@@ -142,16 +129,10 @@ void readTable(lua_State* L, int index, char letter, const CallItem& item, int& 
         replaceVector<'S'>(item, [&](auto& fresh) { getStringArray(L, index, fresh); });
         break;
     case 'g':
-        replaceVector<'g'>(item, [&](auto& fresh) {
-            Budget budget(L);
-            values::readPolyline(L, index, fresh, budget);
-        });
+        replaceVector<'g'>(item, [&](auto& fresh) { values::readPolyline(L, index, fresh); });
         break;
     case 'l':
-        replaceVector<'l'>(item, [&](auto& fresh) {
-            Budget budget(L);
-            values::readPolylines(L, index, fresh, budget);
-        });
+        replaceVector<'l'>(item, [&](auto& fresh) { values::readPolylines(L, index, fresh); });
         break;
     case 'm':
         replaceVector<'m'>(item, [&](auto& fresh) { getParams(L, index, fresh, false); });
@@ -180,38 +161,21 @@ void readTable(lua_State* L, int index, char letter, const CallItem& item, int& 
         kept = index;
         break;
     default: // 't'
-        // GCOVR_EXCL_BR_START: what is behind a constructor that throws; the platform's does not
         output<'t'>(item) = new lua_tinker::table(L, index);
-        // GCOVR_EXCL_BR_STOP
         kept = index;
     }
-}
-
-/// Whether a value is what an object id is read from here; a plain number is not.
-bool isIdType(int type)
-{
-    return type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
-}
-
-void readText(lua_State* L, int index, char letter, const CallItem& item)
-{
-    Bytes bytes;
-    if (letter == 's' && lua_isnil(L, index)) output<'s'>(item) = nullptr;
-    if (!getBytes(L, index, bytes)) return;
-    if (letter == 's') output<'s'>(item) = duplicateText(bytes.data);
-    if (letter == 'r') output<'r'>(item).assign(bytes.data, bytes.size);
-    if (letter == 'y') output<'y'>(item) = duplicateBytes(bytes);
 }
 
 void readResult(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     const int type = lua_type(L, index);
+    const bool idType = type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
+    Bytes bytes;
     switch (letter) {
     case 'i':
+        if (type == LUA_TBOOLEAN) output<'i'>(item) = lua_toboolean(L, index);
         if (type == LUA_TNUMBER)
             output<'i'>(item) = static_cast<int>(values::toInteger(lua_tonumber(L, index)));
-        else if (type == LUA_TBOOLEAN)
-            output<'i'>(item) = lua_toboolean(L, index);
         break;
     case 'n':
         if (type == LUA_TBOOLEAN) output<'n'>(item) = lua_toboolean(L, index) != 0;
@@ -220,18 +184,23 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
         values::readNumeric(L, index, output<'d'>(item));
         break;
     case 'I':
-        if (isIdType(type)) output<'I'>(item) = lua_tinker::read<long long>(L, index);
+        if (idType) output<'I'>(item) = lua_tinker::read<long long>(L, index);
         break;
     case 's':
+        if (type == LUA_TNIL) output<'s'>(item) = nullptr;
+        if (readText(L, index, bytes)) output<'s'>(item) = duplicateText(bytes.data);
+        break;
     case 'r':
+        if (readText(L, index, bytes)) output<'r'>(item).assign(bytes.data, bytes.size);
+        break;
     case 'y':
-        readText(L, index, letter, item);
+        if (readText(L, index, bytes)) output<'y'>(item) = duplicateBytes(bytes);
         break;
     case 'u':
         output<'u'>(item) = lua_touserdata(L, index);
         break;
     case 'o':
-        if (isIdType(type)) {
+        if (idType) {
             KxDbObjectId id;
             getAKxDbObjectId(L, index, id);
             output<'o'>(item) = id;
@@ -244,17 +213,20 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
 
 } // namespace
 
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept)
+bool readResultsByFormat(lua_State* L, const char* format, const CallItem* items, int* kept)
 {
+    const int count = static_cast<int>(std::strlen(format));
     if (count == 0) return true;
     const int first = lua_gettop(L) - count + 1;
-    int nils = 0;
-    while (nils < count && lua_isnil(L, first + nils))
-        ++nils;
-    if (nils == count) return false;
+    bool allNil = true;
+    for (int i = 0; i < count && allNil; ++i)
+        allNil = lua_isnil(L, first + i);
+    if (allNil) return false;
+    int highest = 0;
     for (int i = 0; i < count; ++i) {
         if (kindsOf(format[i]).result == CallItemKind::None) return false;
-        readResult(L, first + i, format[i], items[i], kept);
+        readResult(L, first + i, format[i], items[i], highest);
+        if (kept && highest > *kept) *kept = highest;
     }
     return true;
 }

@@ -1,11 +1,9 @@
-#include "Budget.h"
 #include "Guard.h"
 #include "Values.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <QuorScriptor/geometry.h>
-#include <cstring>
 
 namespace quorlua {
 namespace {
@@ -48,13 +46,10 @@ bool readEntry(lua_State* L, int tableIndex, int key, Read read)
 template<class Triple>
 int readTriple(lua_State* L, int index, Triple& triple)
 {
+    double x = 0, y = 0, z = 0;
     if (!L || !guard::isSlot(L, index) || !guard::reserve(L, values::readerSlots)) return 1;
-    const int top = lua_gettop(L);
-    QuorPoint point{};
-    const bool whole = values::readPoint(L, index, point);
-    lua_settop(L, top);
-    if (!whole) return 1;
-    triple.set(point.x, point.y, point.z);
+    if (getAPoint(L, index, x, y, z) != 0) return 1;
+    triple.set(x, y, z);
     return 0;
 }
 
@@ -251,14 +246,11 @@ void setMatrix(lua_tinker::table& table, const KxGeMatrix3D& matrix)
 
 bool getKxGePointArray(lua_State* L, int index, std::vector<KxGePoint3D>& points)
 {
-    const int top = L ? lua_gettop(L) : 0;
-    return readArray(L, index, points, [L, top](int table, int key, KxGePoint3D& point) {
-        QuorPoint read{};
-        lua_rawgeti(L, table, key);
-        const bool whole = values::readPoint(L, top + 1, read);
-        if (whole) point.set(read.x, read.y, read.z);
-        lua_settop(L, top);
-        return whole;
+    return readArray(L, index, points, [L](int table, int key, KxGePoint3D& point) {
+        double x = 0, y = 0, z = 0;
+        if (!getAPoint(L, table, key, x, y, z)) return false;
+        point.set(x, y, z);
+        return true;
     });
 }
 
@@ -271,13 +263,10 @@ bool getKxDbObjectIdArray(lua_State* L, int index, std::vector<KxDbObjectId>& id
 
 bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
 {
-    Budget budget(L);
-    return readArray(L, index, texts, [L, &budget](int table, int key, std::string& text) {
+    return readArray(L, index, texts, [L](int table, int key, std::string& text) {
         const char* read = nullptr;
-        if (budget.isSpent() || !getAString(L, table, key, read)) return false;
-        const std::size_t length = std::strlen(read);
-        if (!budget.takeEntry(sizeof(std::string) + length)) return false;
-        text.assign(read, length);
+        if (!getAString(L, table, key, read) || !read) return false;
+        text = read;
         return true;
     });
 }
@@ -313,9 +302,8 @@ bool getQuorPolyDescArray(lua_State* L, int index, std::vector<QuorPolyDesc>& ve
 {
     if (!isTable(L, index) || !guard::reserve(L, values::readerSlots)) return false;
     const int top = lua_gettop(L);
-    Budget budget(L);
-    const bool read = values::withoutThrowing(
-        [&] { return values::readPolyline(L, guard::absolute(L, index), vertices, budget); });
+    const bool read =
+        values::withoutThrowing([&] { return values::readPolyline(L, guard::absolute(L, index), vertices); });
     lua_settop(L, top);
     return read;
 }

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
 #include <lua.hpp>
+#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 
 namespace quorlua {
 
@@ -25,12 +24,7 @@ public:
 private:
     void collect(lua_State* L, const char* list);
 
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
-    };
-
-    std::unordered_set<std::string, Hash, std::equal_to<>> names_;
+    std::set<std::string, std::less<>> names_;
 };
 
 } // namespace quorlua
