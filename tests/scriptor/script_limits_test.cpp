@@ -82,11 +82,10 @@ TEST(TimeLimit, LeavesAStateThatWorks)
     const Reports reports;
     const Limited limited(0.3);
     QuorGlibScriptor scriptor;
-    ASSERT_EQ(runChunk(scriptor,
-                       "n = 0\n"
-                       "function forever() while true do n = n + 1 end end\n"
-                       "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
-                       "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
+    ASSERT_EQ(runChunk(scriptor, "n = 0\n"
+                                 "function forever() while true do n = n + 1 end end\n"
+                                 "function count() local t = {} for i = 1, 500 do t[i] = {} end n = #t end\n"
+                                 "co = coroutine.wrap(function() coroutine.yield() forever() end) co()"),
               GlibStatus::Ok);
     lua_State* L = scriptor.getLua(false);
     const int top = lua_gettop(L);
