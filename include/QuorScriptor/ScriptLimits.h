@@ -24,8 +24,8 @@
 /// Afterwards a state is as after any other script error: what the script had done so far stays, and the
 /// next operation has all of its time again.
 ///
-/// Cost: with a time limit the interpreter counts instructions, which makes scripts up to a third slower, and
-/// LuaJIT compiles nothing in such a state (its compiled loops count nothing). A memory limit costs a few
+/// Cost: with a time limit the interpreter counts instructions, which makes scripts up to two fifths slower,
+/// and LuaJIT compiles nothing in such a state (its compiled loops count nothing). A memory limit costs a few
 /// nanoseconds for each request. Without any limit nothing is added but one test per operation.
 ///
 /// The one debug hook of a state belongs to its time limit: `debug.sethook` raises an error there. A host's
