@@ -3,7 +3,9 @@
 #include <QuorPureScriptor/lua_tinker.h>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
+#include <string>
 #include <vector>
 
 namespace bench {
@@ -30,7 +32,50 @@ void require(bool held, const char* what)
 
 namespace {
 
-/// Collects the median CPU time of every benchmark.
+/// What one lap cost, by "WORKLOAD/WAY".
+using Costs = std::map<std::string, double>;
+
+std::string nameOf(const Workload& workload, const Way& way)
+{
+    return std::string(workload.name) + "/" + way.name;
+}
+
+double costOf(const Costs& costs, const Workload& workload, const Way& way)
+{
+    const auto found = costs.find(nameOf(workload, way));
+    return found == costs.end() ? 0.0 : found->second;
+}
+
+/// One row for each way besides raw. How many of those with a goal missed it comes back, and how many met it.
+struct Met {
+    int met = 0;
+    int missed = 0;
+};
+
+Met printTable(const Costs& costs, const char* unit, double Way::*goal)
+{
+    Met result;
+    std::printf("%-20s %-10s %14s %14s %8s %8s\n", "workload", "way", (std::string("raw ") + unit).c_str(),
+                unit, "ratio", "goal");
+    for (const Workload& workload : workloads()) {
+        const double base = costOf(costs, workload, workload.ways.front());
+        for (const Way& way : workload.ways.subspan(1)) {
+            const double own = costOf(costs, workload, way);
+            if (base <= 0.0 || own <= 0.0) continue;
+            std::printf("%-20s %-10s %14.1f %14.1f %8.3f ", workload.name, way.name, base, own, own / base);
+            if (way.*goal <= 0.0) {
+                std::printf("%8s\n", "-");
+                continue;
+            }
+            const bool met = own <= base * (way.*goal);
+            ++(met ? result.met : result.missed);
+            std::printf("%8.2f%s\n", way.*goal, met ? "" : "  missed");
+        }
+    }
+    return result;
+}
+
+/// Collects the median CPU time of every way.
 class Medians : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -38,35 +83,20 @@ public:
     {
         for (const Run& run : runs)
             if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median")
-                nanoseconds_[run.run_name.function_name] = run.GetAdjustedCPUTime();
-    }
-    double of(const std::string& workload, const std::string& way) const
-    {
-        const auto found = nanoseconds_.find(workload + "/" + way);
-        return found == nanoseconds_.end() ? 0.0 : found->second;
+                nanoseconds[run.run_name.function_name] = run.GetAdjustedCPUTime();
     }
 
-private:
-    std::map<std::string, double> nanoseconds_;
+    Costs nanoseconds;
 };
 
-void printTable(const Medians& medians)
+int measureTimes(int argc, char** argv)
 {
-    std::printf("%-20s %-10s %12s %12s %8s %8s\n", "workload", "way", "raw ns", "ns", "ratio", "goal");
-    for (const Goal& goal : goals) {
-        const double base = medians.of(goal.workload, "raw");
-        const double own = medians.of(goal.workload, goal.way);
-        if (base <= 0.0 || own <= 0.0) continue;
-        std::printf("%-20s %-10s %12.1f %12.1f %8.2f %8.2f\n", goal.workload, goal.way, base, own, own / base,
-                    goal.time);
-    }
-}
-
-} // namespace
-} // namespace bench
-
-int main(int argc, char** argv)
-{
+    for (const Workload& workload : workloads())
+        for (const Way& way : workload.ways)
+            benchmark::RegisterBenchmark(nameOf(workload, way).c_str(), [&way](benchmark::State& state) {
+                Laps laps(state);
+                way.run(laps);
+            });
     // Repetitions of all workloads are mixed at random, so that a slow minute of the machine slows them all.
     std::vector<char*> arguments(argv, argv + argc);
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
@@ -77,8 +107,68 @@ int main(int argc, char** argv)
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
-    bench::Medians medians;
+    Medians medians;
     benchmark::RunSpecifiedBenchmarks(&medians);
-    bench::printTable(medians);
+    printTable(medians.nanoseconds, "ns", &Way::mostTime);
     return 0;
+}
+
+/// A line "LAPS WORKLOAD/WAY" each.
+int list(std::span<const Workload> list)
+{
+    for (const Workload& workload : list)
+        for (const Way& way : workload.ways)
+            std::printf("%d %s\n", workload.laps, nameOf(workload, way).c_str());
+    return 0;
+}
+
+/// Does one way for callgrind to count: in a process of its own, because the blocks that others have left
+/// behind change what the allocator does.
+int countInstructions(const std::string& name)
+{
+    for (const std::span<const Workload> list : {workloads(), roads()})
+        for (const Workload& workload : list)
+            for (const Way& way : workload.ways)
+                if (nameOf(workload, way) == name) {
+                    Laps laps(workload, way);
+                    way.run(laps);
+                    return 0;
+                }
+    require(false, name.c_str());
+    return 1;
+}
+
+/// Reads lines "COUNT WORKLOAD/WAY" and tells which goals are met.
+int reportInstructions()
+{
+    Costs counts;
+    char line[256];
+    while (std::fgets(line, sizeof line, stdin)) {
+        char* name = nullptr;
+        const double count = std::strtod(line, &name);
+        name += std::strspn(name, " ");
+        name[std::strcspn(name, "\n")] = '\0';
+        counts[name] = count;
+    }
+    for (const Workload& workload : workloads())
+        for (const Way& way : workload.ways)
+            if (const auto found = counts.find(nameOf(workload, way)); found != counts.end())
+                found->second /= workload.laps;
+    const Met result = printTable(counts, "instr", &Way::mostInstructions);
+    std::printf("%d passed, %d failed\n", result.met, result.missed);
+    return result.missed == 0 && result.met > 0 ? 0 : 1;
+}
+
+} // namespace
+} // namespace bench
+
+int main(int argc, char** argv)
+{
+    const std::string mode = argc > 1 ? argv[1] : "";
+    if (mode == "--list") return bench::list(bench::workloads());
+    if (mode == "--roads") return bench::list(bench::roads());
+    if (mode == "--scaling") return bench::measureScaling();
+    if (mode == "--count") return bench::countInstructions(argc > 2 ? argv[2] : "");
+    if (mode == "--report") return bench::reportInstructions();
+    return bench::measureTimes(argc, argv);
 }

@@ -1,9 +1,11 @@
-#include "Workload.h"
+#include "limit.h"
 #include "raw.h"
+#include "ways.h"
 
 #include <QuorPrimary/QuorPrimary.h>
 #include <QuorScriptor/primitives.h>
 
+namespace bench::ways {
 namespace {
 
 constexpr const char* script = R"(
@@ -24,29 +26,39 @@ constexpr const char* script = R"(
     end
 )";
 
-void libraryParse(lua_State* L, int index, std::vector<QuorPrimary*>& out)
-{
-    static_cast<void>(quorlua::parse_primary_byidx(L, index, out));
-}
-
 template<class Parse>
-void parseRecords(benchmark::State& run, Parse parse)
+void measureParse(Laps& laps, Parse parse)
 {
-    const bench::ScriptState state(script);
-    lua_settop(state.get(), 0);
+    const ScriptState state(script);
     lua_getglobal(state.get(), "records");
     std::size_t made = 0;
-    for (auto _ : run) {
+    laps.repeat([&] {
         std::vector<QuorPrimary*> primitives;
         parse(state.get(), 1, primitives);
         made = primitives.size();
         for (const QuorPrimary* primitive : primitives)
             delete primitive;
-    }
-    bench::require(made == 900, "parse 1000 records");
+    });
+    require(made == 900, "parse 1000 records");
 }
 
-BENCHMARK_CAPTURE(parseRecords, raw, raw::parseRecords)->Name("parse 1000 records/raw");
-BENCHMARK_CAPTURE(parseRecords, library, libraryParse)->Name("parse 1000 records/library");
-
 } // namespace
+
+void parseRecordsRaw(Laps& laps)
+{
+    measureParse(laps, raw::parseRecords);
+}
+
+void parseRecordsLimit(Laps& laps)
+{
+    measureParse(laps, limit::parseRecords);
+}
+
+void parseRecordsLibrary(Laps& laps)
+{
+    measureParse(laps, [](lua_State* L, int index, std::vector<QuorPrimary*>& out) {
+        static_cast<void>(quorlua::parse_primary_byidx(L, index, out));
+    });
+}
+
+} // namespace bench::ways

@@ -147,6 +147,20 @@ bool callExchange(lua_State* L, int handler, const char* function, const KxGePoi
     return done;
 }
 
+const char* getText(lua_State* L, int handler, const char* function, const char* argument)
+{
+    const int top = lua_gettop(L);
+    const char* answer = nullptr;
+    lua_rawgeti(L, LUA_REGISTRYINDEX, handler);
+    lua_getfield(L, LUA_GLOBALSINDEX, function);
+    if (lua_isfunction(L, -1)) {
+        lua_pushstring(L, argument);
+        if (lua_pcall(L, 1, 1, top + 1) == 0 && lua_type(L, -1) == LUA_TSTRING) answer = lua_tostring(L, -1);
+    }
+    lua_settop(L, top);
+    return answer;
+}
+
 bool readPoint(lua_State* L, int index, KxGePoint3D& point)
 {
     double x = 0, y = 0, z = 0;

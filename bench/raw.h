@@ -18,6 +18,9 @@ bool callStatus(lua_State* L, int handler, const char* function, const char* a, 
 bool callExchange(lua_State* L, int handler, const char* function, const KxGePoint3D& in, int& status,
                   KxGePoint3D& first, KxGePoint3D& second);
 
+/// The text that a function answers, which lives as long as the script holds it; null without one.
+const char* getText(lua_State* L, int handler, const char* function, const char* argument);
+
 bool readPoint(lua_State* L, int index, KxGePoint3D& point);
 void pushPoint(lua_State* L, const KxGePoint3D& point);
 void readPoints(lua_State* L, int index, std::vector<KxGePoint3D>& points);

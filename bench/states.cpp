@@ -1,25 +1,27 @@
-#include "Workload.h"
+#include "limit.h"
 #include "raw.h"
+#include "ways.h"
 
 #include <QuorScriptor/QuorGlibScriptor.h>
 
-namespace {
+namespace bench::ways {
 
-void newStateRaw(benchmark::State& run)
+void newStateRaw(Laps& laps)
 {
-    for (auto _ : run)
-        raw::makeState();
+    laps.repeat([] { raw::makeState(); });
 }
 
-void newStateLibrary(benchmark::State& run)
+void newStateLimit(Laps& laps)
 {
-    for (auto _ : run) {
+    laps.repeat([] { limit::makeState(); });
+}
+
+void newStateLibrary(Laps& laps)
+{
+    laps.repeat([] {
         QuorGlibScriptor scriptor;
-        bench::require(scriptor.getLua(false) != nullptr, "new state, library");
-    }
+        require(scriptor.getLua(false) != nullptr, "new state, library");
+    });
 }
 
-BENCHMARK(newStateRaw)->Name("new state/raw");
-BENCHMARK(newStateLibrary)->Name("new state/library");
-
-} // namespace
+} // namespace bench::ways

@@ -60,6 +60,13 @@ function(quor_library name)
     endif()
 endfunction()
 
+# Calls of another library go there at once, not by way of a stub of this one, and what is exported may be inlined here:
+# nobody puts functions of his own in the place of ours.
+add_library(quor_direct_calls INTERFACE)
+if(NOT WIN32)
+    target_compile_options(quor_direct_calls INTERFACE -fno-plt -fno-semantic-interposition)
+endif()
+
 # quor_describe(TARGET TYPE DESCRIPTION): on Windows the file tells its version and what it is.
 function(quor_describe target type description)
     if(NOT WIN32)
@@ -97,7 +104,8 @@ function(quor_platform_library name)
     quor_library(${name} ${arg_SOURCES})
     target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
                                               $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/include>)
-    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE $<BUILD_INTERFACE:quor_options>)
+    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE $<BUILD_INTERFACE:quor_options>
+                                                  $<BUILD_INTERFACE:quor_direct_calls>)
     quor_install_platform_library(${name} USES ${arg_USES})
 endfunction()
 
@@ -109,7 +117,7 @@ function(quor_room name)
     add_library(quor_room_${name} OBJECT ${arg_SOURCES})
     target_compile_definitions(quor_room_${name} PRIVATE
                                $<IF:$<BOOL:${BUILD_SHARED_LIBS}>,QuorScriptor_EXPORTS,QuorScriptor_STATIC>)
-    target_link_libraries(quor_room_${name} PUBLIC quor_interface PRIVATE quor_options)
+    target_link_libraries(quor_room_${name} PUBLIC quor_interface PRIVATE quor_options quor_direct_calls)
     foreach(room IN LISTS name arg_SEES)
         target_include_directories(quor_room_${name} PRIVATE ${PROJECT_SOURCE_DIR}/${room})
     endforeach()

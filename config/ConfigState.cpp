@@ -186,6 +186,34 @@ bool Question::isTooDeep(lua_State* L, const char* function) const
     return true;
 }
 
+bool known::push(lua_State* L, const char* text)
+{
+    if (text) return guard::pushKnownText(L, text);
+    lua_pushnil(L);
+    return true;
+}
+
+bool known::push(lua_State* L, int number)
+{
+    lua_pushnumber(L, number);
+    return true;
+}
+
+void known::remember(lua_State* L, const char* text)
+{
+    if (text) guard::pushText(L, text);
+}
+
+bool known::call(lua_State* L, int arguments)
+{
+    const int handler = lua_gettop(L) - arguments - 1;
+    const int status = lua_pcall(L, arguments, 1, handler);
+    // The handler is not asked when memory or the processor's stack has run out.
+    if (status != 0 && status != LUA_ERRRUN && lua_type(L, -1) == LUA_TSTRING)
+        lua_tinker::print_error(L, "%s", lua_tostring(L, -1));
+    return status == 0;
+}
+
 bool isNullPermitted()
 {
     return nullPermitted.load(std::memory_order_relaxed);

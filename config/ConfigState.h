@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Guard.h"
 #include "Limits.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
+#include <type_traits>
 
 /// The configuration scripts' states, as the getters see them.
 namespace quorconfig {
@@ -32,6 +34,33 @@ public:
     bool isTooDeep(lua_State* L, const char* function) const;
 };
 
+/// A question for which the call itself is all that needs protection: its function and its texts are at hand.
+namespace known {
+
+bool push(lua_State* L, const char* text);
+bool push(lua_State* L, int number);
+void remember(lua_State* L, const char* text);
+inline void remember(lua_State*, int) {}
+
+/// Pushes the message handler, the function and the arguments; false, with nothing pushed, where one of them
+/// is not at hand. [-0, +(0|2 + arguments), -]
+template<class... Arguments>
+bool prepare(lua_State* L, const char* function, Arguments... arguments)
+{
+    constexpr int mostArguments = 8;
+    if (!L || !quorlua::guard::reserve(L, 2 + mostArguments)) return false;
+    const int top = lua_gettop(L);
+    if (quorlua::guard::pushHandlerAndKnownFunction(L, function) && (push(L, arguments) && ...)) return true;
+    lua_settop(L, top);
+    return false;
+}
+
+/// Calls what was prepared. Whether it ended well; its one result, or the error, which has been reported, is
+/// then on top, above the message handler. [-(1 + arguments), +1, -]
+bool call(lua_State* L, int arguments);
+
+} // namespace known
+
 /// Calls a configuration script's function, with texts and integers, for a text, a bool or nothing. A
 /// function that is missing or fails is reported by the binding layer and gives null or false, and so does a
 /// null state. A text is the state's own: the next call may collect it. [-0, +0, -]
@@ -39,9 +68,30 @@ template<class Result, class... Arguments>
 Result callConfigFunc(lua_State* L, const char* function, Arguments... arguments)
 {
     const Question question;
-    if (question.isTooDeep(L, function)) return Result();
-    const quorlua::limits::Operation operation(L);
-    return lua_tinker::call<Result>(L, function, arguments...);
+    bool ended = false;
+    {
+        const quorlua::limits::Operation operation(L);
+        if (question.isTooDeep(L, function)) return Result();
+        bool isKnown = known::prepare(L, function, arguments...);
+        if (!isKnown && L) {
+            quorlua::guard::run(L, [=](lua_State* frame) {
+                known::remember(frame, function);
+                (known::remember(frame, arguments), ...);
+                return 0;
+            });
+            isKnown = known::prepare(L, function, arguments...);
+        }
+        if (!isKnown) return lua_tinker::call<Result>(L, function, arguments...);
+        ended = known::call(L, sizeof...(arguments));
+    }
+    // The collector may run as the operation ends, so the answer stays in its slot till then.
+    if constexpr (std::is_void_v<Result>) {
+        lua_pop(L, 2);
+    } else {
+        const Result result = ended ? lua_tinker::read<Result>(L, -1) : Result();
+        lua_pop(L, 2);
+        return result;
+    }
 }
 
 /// Whether a configuration script has a function of that name. [-0, +0, -]

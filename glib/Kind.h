@@ -82,7 +82,8 @@ struct Optional {
 
     bool read(const Record& record, int field, Value& value) const
     {
-        value.given = lookedAt.in(record.length) && Type::read(record, field, value.value);
+        value.given =
+            lookedAt.in(record.length) && record.mayHave(field) && Type::read(record, field, value.value);
         return true;
     }
 };
@@ -191,15 +192,17 @@ using ValuesOf = typename ValuesOfFields<Fields>::Type;
 
 /// Reads the fields of a record, which stand from field 2 on. False at the first that the record cannot do
 /// without and that cannot be read.
+template<class... Field, std::size_t... i>
+bool readFields(const std::tuple<Field...>& fields, const Record& record,
+                std::tuple<typename Field::Value...>& values, std::index_sequence<i...>)
+{
+    return (std::get<i>(fields).read(record, static_cast<int>(i) + 2, std::get<i>(values)) && ...);
+}
 template<class... Field>
 bool readFields(const std::tuple<Field...>& fields, const Record& record,
                 std::tuple<typename Field::Value...>& values)
 {
-    return [&]<std::size_t... i>(std::index_sequence<i...>)
-    {
-        return (std::get<i>(fields).read(record, static_cast<int>(i) + 2, std::get<i>(values)) && ...);
-    }
-    (std::index_sequence_for<Field...>{});
+    return readFields(fields, record, values, std::index_sequence_for<Field...>{});
 }
 
 /// Calls a row's factory with the values of its fields, the record before them where it asks for it.

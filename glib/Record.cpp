@@ -13,6 +13,7 @@ bool PointsField::read(const Record& record, int field, Value& value)
     const int table = lua_gettop(L);
     for (lua_pushnil(L); lua_next(L, table) != 0; lua_settop(L, table + 1)) {
         QuorPoint point;
+        if (!record.budget.takeEntry(sizeof(KxGePoint3D))) return false;
         if (values::readPoint(L, table + 2, point)) value.emplace_back(point.x, point.y, point.z);
     }
     return true;
@@ -21,7 +22,14 @@ bool PointsField::read(const Record& record, int field, Value& value)
 bool ParametersField::read(const Record& record, int field, Value& value)
 {
     record.push(field);
-    return lua_istable(record.L, -1) && getParams(record.L, lua_gettop(record.L), value, false);
+    if (!lua_istable(record.L, -1) || !record.budget.takeEntry()) return false;
+    if (!getParams(record.L, lua_gettop(record.L), value, false)) return false;
+    for (const KVParams& parameter : value) {
+        const bool isText = parameter.value.tag() == KVTag::String;
+        const std::size_t text = isText ? parameter.value.asString().size() : 0;
+        if (!record.budget.takeEntry(sizeof parameter + parameter.key.size() + text)) return false;
+    }
+    return true;
 }
 
 bool OperandField::read(const Record& record, int field, Value& value)
@@ -39,7 +47,7 @@ bool OperandField::read(const Record& record, int field, Value& value)
         record.complain(messages::slicePlane.text());
         return false;
     }
-    const Record plane{L, lua_gettop(L), 2, record.hatch, record.reports};
+    const Record plane{L, lua_gettop(L), 2, record.hatch, record.reports, record.budget};
     if (!PointField::read(plane, 1, value.point)) {
         record.complain(messages::slicePoint.text());
         return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Budget.h"
 #include "Messages.h"
 #include "Values.h"
 
@@ -34,7 +35,10 @@ struct Record {
     int length; ///< of its sequence part
     const HatchNumbers& hatch;
     std::vector<Report>& reports; ///< where complaints go
+    Budget& budget;               ///< that lists and texts are taken from
 
+    /// Whether a field may be there: the one behind the sequence part is not, by what that part is.
+    bool mayHave(int field) const { return field - 1 != length; }
     /// Pushes a field. [-0, +1, -]
     void push(int field) const { lua_rawgeti(L, index, field); }
     void complain(const char* message) const
@@ -54,7 +58,7 @@ bool readCoordinates(const Record& record, int field, Coordinates& value)
 {
     QuorPoint point;
     record.push(field);
-    if (!values::readPoint(record.L, lua_gettop(record.L), point)) return false;
+    if (!values::readPoint(record.L, -1, point)) return false;
     value.set(point.x, point.y, point.z);
     return true;
 }
@@ -107,6 +111,7 @@ struct TextField {
     {
         record.push(field);
         if (lua_type(record.L, -1) != LUA_TSTRING) return false;
+        if (!record.budget.takeBytes(lua_objlen(record.L, -1))) return false;
         value = lua_tostring(record.L, -1);
         return true;
     }
@@ -130,18 +135,19 @@ struct PolylineField {
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolyline(record.L, lua_gettop(record.L), value);
+        return lua_istable(record.L, -1) &&
+               values::readPolyline(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 
-/// A table whose values are polylines.
+/// A table whose values are polylines. It is read where a table stands (`OptionalTable`).
 struct LoopsField {
     using Value = std::vector<std::vector<QuorPolyDesc>>;
     static constexpr const char* letter = "table of PL";
     static bool read(const Record& record, int field, Value& value)
     {
         record.push(field);
-        return lua_istable(record.L, -1) && values::readPolylines(record.L, lua_gettop(record.L), value);
+        return values::readPolylines(record.L, lua_gettop(record.L), value, record.budget);
     }
 };
 

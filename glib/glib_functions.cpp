@@ -102,7 +102,7 @@ int setpath(lua_State* L)
     return resultsOf(L, [](lua_State* frame) {
         addPath(frame, QuorSystem::getFullQuorName("bin\\?.lua"));
         addPath(frame, QuorSystem::getFullQuorName("bin\\utils\\?.lua"));
-        addCPath(frame, QuorSystem::quorFullPlatformPath("?.dll"));
+        if (!limits::isUntrusted(frame)) addCPath(frame, QuorSystem::quorFullPlatformPath("?.dll"));
         addPath(frame, QuorSystem::getBinUtilsRuntimeFullName("?.lua"));
         addPath(frame, QuorSystem::getBinRuntimeFullName("?.lua"));
         addPath(frame, QuorSystem::getFullQuorName("sys\\?.lua"));

@@ -1,11 +1,11 @@
 #include "Guard.h"
 #include "Kinds.h"
+#include "Limits.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorScriptor/primitives.h>
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cmath>
 
 namespace quorlua {
@@ -22,30 +22,44 @@ constexpr int mostGroupedRecords = 2 * 1024 * 1024;
 constexpr int recordSlots = 64;
 constexpr int walkSlots = 2 * (deepestGroup + 1) + recordSlots;
 
-void stamp(QuorPrimary3D* solid, const ScriptContext& context)
+/// Gives a new primitive the current attributes; false where their texts are beyond the budget: each
+/// primitive has a copy of its own.
+bool stamp(QuorPrimary3D* solid, const ScriptContext& context, Budget& budget)
 {
+    if (!budget.takeText(context.material.get())) return false;
     solid->setColor(context.colour);
     solid->setMaterial(context.material.get());
+    return true;
 }
 
-void stamp(QuorPrimary2D* drawing, const ScriptContext& context)
+bool stamp(QuorPrimary2D* drawing, const ScriptContext& context, Budget& budget)
 {
+    if (!budget.takeText(context.lineType.get())) return false;
     drawing->setColor(context.colour);
     // What the record set itself wins; values that stand for "unset" count as not set.
     if (drawing->getThick() <= 1e-5) drawing->setThick(context.thickness);
     if (std::fabs(drawing->getLTScale() - 1.0) <= 0.0001) drawing->setLTScale(context.lineTypeScale);
     if (!drawing->getLineType()) drawing->setLineType(context.lineType.get());
+    return true;
 }
 
-void stamp(QuorPrimary* other, const ScriptContext& context)
+bool stamp(QuorPrimary* other, const ScriptContext& context, Budget& budget)
 {
     other->setColor(context.colour);
-    if (QuorPrimary3D* solid = other->toPrimary3D()) stamp(solid, context);
-    if (QuorPrimary2D* drawing = other->toPrimary2D()) stamp(drawing, context);
+    if (QuorPrimary3D* solid = other->toPrimary3D()) return stamp(solid, context, budget);
+    if (QuorPrimary2D* drawing = other->toPrimary2D()) return stamp(drawing, context, budget);
+    return true;
 }
 
-void stamp(QuorOprPrimary*, const ScriptContext&) {}
-void stamp(QuorOprKVParamArray*, const ScriptContext&) {}
+bool stamp(QuorOprPrimary*, const ScriptContext&, Budget&)
+{
+    return true;
+}
+
+bool stamp(QuorOprKVParamArray*, const ScriptContext&, Budget&)
+{
+    return true;
+}
 
 /// Takes a record by the row of its code: the new primitive, stamped, or null.
 using Take = QuorPrimary* (*)(const Record& record, ScriptContext& context);
@@ -55,8 +69,7 @@ QuorPrimary* takeBy(const Kind<Fields, Make>& row, const Record& record, ScriptC
 {
     using Made = std::remove_pointer_t<decltype(makeBy(row, record))>;
     std::unique_ptr<Made> made(makeBy(row, record));
-    if (made) stamp(made.get(), context);
-    return made.release();
+    return made && stamp(made.get(), context, record.budget) ? made.release() : nullptr;
 }
 
 template<class Fields, class Apply>
@@ -96,8 +109,8 @@ constexpr std::array<Take, highestCode + 1> takes = takesByCode(RowIndices{});
 class Walk {
 public:
     Walk(lua_State* L, const HatchNumbers& hatch, std::vector<QuorPrimary*>& out,
-         std::vector<Report>& reports)
-        : L_(L), hatch_(hatch), out_(out), reports_(reports), context_(currentContext())
+         std::vector<Report>& reports, Budget& budget)
+        : L_(L), hatch_(hatch), out_(out), reports_(reports), budget_(budget), context_(currentContext())
     {
     }
 
@@ -113,6 +126,7 @@ private:
     const HatchNumbers& hatch_;
     std::vector<QuorPrimary*>& out_;
     std::vector<Report>& reports_;
+    Budget& budget_;
     ScriptContext& context_;
 };
 static_assert(std::is_trivially_destructible_v<Walk>, "a Lua error may jump over the walk");
@@ -122,6 +136,7 @@ void Walk::run(int table)
     // On the stack stand, for each level: the key that was last taken, and the group's table.
     int depth = 0;
     int grouped = 0;
+    std::size_t records = 0;
     int current = table;
     lua_pushnil(L_);
     for (;;) {
@@ -134,6 +149,7 @@ void Walk::run(int table)
             current = depth == 0 ? table : lua_gettop(L_) - 1;
             continue;
         }
+        if (++records % Budget::entriesBetweenLooks == 0 && !budget_.isInTime()) return;
         if (depth > 0) ++grouped;
         const int record = lua_gettop(L_);
         if (takeRecord(record) && depth < deepestGroup) {
@@ -153,8 +169,8 @@ bool Walk::takeRecord(int index)
     double number = 0;
     if (!values::readNumber(L_, -1, number)) return false;
     const long long code = values::toInteger(number);
-    const std::size_t length = lua_objlen(L_, index);
-    const Record record{L_, index, length < INT_MAX ? static_cast<int>(length) : INT_MAX, hatch_, reports_};
+    // The interpreter counts a table's length as an int.
+    const Record record{L_, index, static_cast<int>(lua_objlen(L_, index)), hatch_, reports_, budget_};
     if (code == groupKind.code) {
         std::tuple<RecordsField::Value> none;
         if (!readFields(groupKind.fields, record, none)) return false;
@@ -200,19 +216,23 @@ HatchNumbers hatchNumbers(lua_State* L)
 Quor::GlibStatus parse_primary_byidx(lua_State* L, int index, std::vector<QuorPrimary*>& out)
 {
     if (!L || !guard::isSlot(L, index) || !lua_istable(L, index)) return Quor::GlibStatus::InvalidArgument;
+    const limits::Operation operation(L);
     const glib::HatchNumbers hatch = glib::hatchNumbers(L);
     std::vector<glib::Report> reports;
+    Budget budget(L);
     guard::runOn(L, index, [&](lua_State* frame) {
         luaL_checkstack(frame, glib::walkSlots, "too many values");
         values::withoutThrowing([&] {
-            glib::Walk(frame, hatch, out, reports).run(1);
+            glib::Walk(frame, hatch, out, reports, budget).run(1);
             return true;
         });
         return 0;
     });
     values::withoutThrowing([&] {
-        for (const glib::Report& report : reports)
+        for (const glib::Report& report : reports) {
+            if (!budget.isInTime()) break;
             glib::show(L, report);
+        }
         return true;
     });
     return Quor::GlibStatus::Ok;

@@ -3,6 +3,7 @@
 #include <QuorScriptor/luacall.h>
 #include <array>
 #include <cstdarg>
+#include <cstring>
 #include <vector>
 
 /// The two sides of a format at run time: its letters looked up in the table of call letters, its items
@@ -13,6 +14,7 @@ namespace quorlua::call {
 struct LetterKinds {
     CallItemKind argument = CallItemKind::None;
     CallItemKind result = CallItemKind::None;
+    bool isHandle = false;
 };
 
 constexpr std::array<LetterKinds, 256> makeLetterTable()
@@ -22,9 +24,9 @@ constexpr std::array<LetterKinds, 256> makeLetterTable()
     {
         ((table[static_cast<unsigned char>(callLetters[i])] =
               LetterKinds{callItemKind<typename CallLetter<callLetters[i]>::Argument>(),
-                          std::is_void_v<typename CallLetter<callLetters[i]>::Result>
-                              ? CallItemKind::None
-                              : CallItemKind::Address}),
+                          std::is_void_v<typename CallLetter<callLetters[i]>::Result> ? CallItemKind::None
+                                                                                      : CallItemKind::Address,
+                          std::is_same_v<typename CallLetter<callLetters[i]>::Argument, lua_tinker::table>}),
          ...);
     };
     add(std::make_index_sequence<sizeof(callLetters) - 1>{});
@@ -47,32 +49,73 @@ struct Shape {
     int results = 0;       ///< length of the rest: every byte of it is one result
 };
 
-Shape shapeOf(const char* format);
+inline Shape shapeOf(const char* format)
+{
+    Shape shape;
+    const char* at = format;
+    for (; kindsOf(*at).argument != CallItemKind::None; ++at)
+        shape.handles += kindsOf(*at).isHandle ? 1 : 0;
+    shape.arguments = static_cast<int>(at - format);
+    shape.valid = *at == '\0' || *at == '>';
+    shape.rest = *at == '\0' ? at : at + 1;
+    shape.results = static_cast<int>(std::strlen(shape.rest));
+    return shape;
+}
 
-/// The items of a variable argument list, in an array.
-class Items {
-public:
-    /// Takes the items of the argument letters.
-    void takeArguments(const Shape& shape, const char* format, va_list& list);
-    /// Takes an output for every letter, up to the end or the first byte that is none.
-    void takeResults(const char* format, va_list& list);
-    const CallItem* data() const { return more_.empty() ? few_ : more_.data(); }
+/// Runs `work(items)` with room for so many items. Throws when memory runs out.
+template<class Work>
+auto withItems(int count, Work work)
+{
+    constexpr int fewItems = 24;
+    if (count <= fewItems) {
+        CallItem items[fewItems];
+        return work(items);
+    }
+    std::vector<CallItem> items(static_cast<std::size_t>(count));
+    return work(items.data());
+}
 
-private:
-    void add(CallItem item);
+/// Takes the items of the argument letters from a variable argument list.
+inline void takeArguments(const Shape& shape, const char* format, va_list& list, CallItem* items)
+{
+    for (int i = 0; i < shape.arguments; ++i) {
+        switch (kindsOf(format[i]).argument) {
+        case CallItemKind::Int:
+            items[i].integer = va_arg(list, int);
+            break;
+        case CallItemKind::Bool:
+            // A truth value arrives promoted to int, and only its low byte says anything.
+            items[i].truth = (va_arg(list, int) & 0xFF) != 0;
+            break;
+        case CallItemKind::Double:
+            items[i].number = va_arg(list, double);
+            break;
+        case CallItemKind::Int64:
+            items[i].integer64 = va_arg(list, long long);
+            break;
+        default:
+            items[i].address = va_arg(list, void*);
+        }
+    }
+}
 
-    static constexpr int fewItems = 24;
-    CallItem few_[fewItems];
-    int count_ = 0;
-    std::vector<CallItem> more_;
-};
+/// Takes an output for every letter, up to the end or the first byte that is none.
+inline void takeResults(const char* format, va_list& list, CallItem* items)
+{
+    for (; kindsOf(*format).result != CallItemKind::None; ++format)
+        (items++)->address = va_arg(list, void*);
+}
+
+/// Pushes an argument where that takes no memory; false, with nothing pushed, elsewhere. Needs a free slot.
+/// [-0, +(0|1), -]
+bool pushKnownArgument(lua_State* L, char letter, const CallItem& item);
 
 /// Pushes what one argument letter describes. A table handle is never among them: its value stands in the
 /// caller's frame. [-0, +1, m]
 void pushArgument(lua_State* L, char letter, const CallItem& item);
 
-/// Reads the results on top of the caller's stack into the items' addresses. `kept`, unless null, becomes the
-/// highest slot that a result handed out as a table handle stands in. Throws only when memory runs out.
-bool readResultsByFormat(lua_State* L, const char* format, const CallItem* items, int* kept);
+/// Reads the `count` results on top of the caller's stack into the items' addresses. Where a result is handed
+/// out as a table handle, `kept` becomes the slot it stands in. Throws only when memory runs out.
+bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept);
 
 } // namespace quorlua::call

@@ -1,10 +1,14 @@
 #include "Guard.h"
 
 #include "Limits.h"
+#include "NativeStack.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
 
 namespace quorlua::guard {
 namespace {
@@ -16,24 +20,35 @@ constexpr int trampolineKey = -0x51553101;
 constexpr int handlerKey = -0x51553102;
 constexpr int anchorKey = -0x51553103;
 
-// What the guard pushes itself: the trampoline and the task, with a slot to spare for the error value.
-constexpr int ownSlots = 3;
-
 // More than the interpreter lets a function have.
 constexpr int mostUpvalues = 255;
 
-// The task travels as a number, for the same reason. Addresses have far fewer bits than a double keeps.
-double numberOf(const detail::Task* task)
-{
-    return static_cast<double>(reinterpret_cast<std::uintptr_t>(task));
-}
+// The task that the next trampoline of this thread takes up: handed over on the stack it would cost three
+// calls more. What is known when a library is linked is reached in one instruction.
+#if defined(__ELF__)
+[[gnu::tls_model("initial-exec")]]
+#endif
+constinit thread_local detail::Task* pending = nullptr;
 
 int trampoline(lua_State* L)
 {
-    auto* task = reinterpret_cast<detail::Task*>(static_cast<std::uintptr_t>(lua_tonumber(L, -1)));
-    lua_settop(L, -2);
+    detail::Task* task = std::exchange(pending, nullptr);
+    if (!task) return 0; // a script has found this function
     task->results = task->run(L, task->work);
     return task->results;
+}
+
+// The texts last pushed lie behind the keys from this one downwards. Those that hosts pass are the same few
+// again and again, and to find one here costs half of what it costs the interpreter.
+constexpr int firstTextKey = -0x51553200;
+constexpr unsigned int textKeys = 32;
+constexpr std::size_t longestKeptText = 200;
+
+/// Texts that lie elsewhere have another key, more often than not.
+int textKey(const char* text)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(text);
+    return firstTextKey - static_cast<int>((address ^ (address >> 5)) % textKeys);
 }
 
 int install(lua_State* L)
@@ -53,6 +68,7 @@ int install(lua_State* L)
 /// then. Leaves no error value. [-0, +0, -]
 int callTwice(lua_State* L, lua_CFunction function, void* data)
 {
+    const limits::Operation operation(L); // of the finalizers
     int status = lua_cpcall(L, function, data);
     if (status != 0) lua_pop(L, 1);
     if (status != LUA_ERRRUN) return status;
@@ -73,7 +89,7 @@ bool pushStored(lua_State* L, int key, lua_CFunction function)
     return true;
 }
 
-int growStack(lua_State* L)
+int checkStack(lua_State* L)
 {
     const int slots = *static_cast<const int*>(lua_touserdata(L, 1));
     lua_settop(L, 0);
@@ -89,22 +105,21 @@ int getGlobal(lua_State* L)
 
 } // namespace
 
-bool reserve(lua_State* L, int slots)
+bool detail::growStack(lua_State* L, int wanted)
 {
-    const int top = lua_gettop(L);
-    const int wanted = top + slots + ownSlots;
-    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
-    if (wanted <= LUA_MINSTACK) return true;
     if (wanted > LUAI_MAXCSTACK) return false;
+    const int top = lua_gettop(L);
     // lua_checkstack raises when memory runs out, and lua_cpcall needs no free slot: the memory is taken
     // inside, where an error is caught; the frame's own limit is then raised here, without taking any. As
     // lua_cpcall ends, the collector may halve a stack of which less than a quarter is in use. Hence the
     // steps: what is left then is always twice what the frame has.
     for (int reached = std::max(top, LUA_MINSTACK); reached < wanted;) {
-        reached = std::min(wanted, 2 * reached - ownSlots);
+        reached = std::min(wanted, 2 * reached - detail::ownSlots);
         int step = reached - top;
-        if (callTwice(L, growStack, &step) != 0) return false;
+        if (callTwice(L, checkStack, &step) != 0) return false;
+        // GCOVR_EXCL_BR_START: the memory is there, and the frame's own limit was looked at above
         if (!lua_checkstack(L, step)) return false;
+        // GCOVR_EXCL_BR_STOP
     }
     return true;
 }
@@ -132,13 +147,61 @@ bool pushHandler(lua_State* L)
     return pushStored(L, handlerKey, lua_tinker::on_error);
 }
 
-void pushGlobal(lua_State* L, const char* name)
+bool pushSlot(lua_State* L, int index)
 {
-    if (!lua_getmetatable(L, LUA_GLOBALSINDEX)) [[likely]] {
-        lua_getfield(L, LUA_GLOBALSINDEX, name);
-        return;
-    }
-    lua_pop(L, 1);
+    if (!isSlot(L, index) || !reserve(L, 1)) return false;
+    lua_pushvalue(L, index);
+    return true;
+}
+
+bool pushKnownText(lua_State* L, const char* text)
+{
+    lua_rawgeti(L, LUA_REGISTRYINDEX, textKey(text));
+    const char* known = lua_tostring(L, -1);
+    if (known && std::strcmp(known, text) == 0) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+bool pushKnownFunction(lua_State* L, const char* name)
+{
+    if (!pushKnownText(L, name)) return false;
+    lua_rawget(L, LUA_GLOBALSINDEX);
+    if (lua_type(L, -1) == LUA_TFUNCTION) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name)
+{
+    // Where a text is known, guarded code has run, and the handler is there.
+    lua_rawgeti(L, LUA_REGISTRYINDEX, handlerKey);
+    if (pushKnownFunction(L, name)) [[likely]]
+        return true;
+    lua_settop(L, -2);
+    return false;
+}
+
+void pushText(lua_State* L, const char* text)
+{
+    if (pushKnownText(L, text)) return;
+    const std::size_t size = std::strlen(text);
+    lua_pushlstring(L, text, size);
+    if (size > longestKeptText) return;
+    lua_pushvalue(L, -1);
+    lua_rawseti(L, LUA_REGISTRYINDEX, textKey(text));
+}
+
+int pushGlobal(lua_State* L, const char* name)
+{
+    pushText(L, name);
+    lua_rawget(L, LUA_GLOBALSINDEX);
+    const int type = lua_type(L, -1);
+    if (type != LUA_TNIL || !lua_getmetatable(L, LUA_GLOBALSINDEX)) [[likely]]
+        return type;
+    lua_settop(L, -3);
     lua_pushcfunction(L, getGlobal);
     lua_pushlightuserdata(L, const_cast<char*>(name));
     const int status = lua_pcall(L, 1, 1, 0);
@@ -147,6 +210,7 @@ void pushGlobal(lua_State* L, const char* name)
         lua_pop(L, 1);
         lua_pushnil(L);
     }
+    return lua_type(L, -1);
 }
 
 void raiseOverflow(lua_State* L, const char* what)
@@ -155,21 +219,32 @@ void raiseOverflow(lua_State* L, const char* what)
     constexpr int messageSlots = 4;
     if (lua_gettop(L) > messageSlots) lua_settop(L, -1 - messageSlots);
     luaL_error(L, "stack overflow (%s)", what);
+    std::abort(); // not reached
 }
 
 namespace detail {
 
-int call(lua_State* L, int arguments, int handler, Task& task)
+int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError)
 {
     const limits::Operation operation(L);
+    if (!leavesRoomForScript()) {
+        lua_pop(L, arguments);
+        if (keepsError) lua_pushnil(L);
+        // Past "_ALERT", which would be a call of the script's again.
+        if (handler != 0) lua_tinker::print_error(nullptr, "C stack overflow");
+        return LUA_ERRRUN;
+    }
     if (!pushStored(L, trampolineKey, trampoline)) {
         lua_pop(L, arguments);
+        if (keepsError) lua_pushnil(L);
         return LUA_ERRMEM;
     }
     if (arguments > 0) lua_insert(L, -1 - arguments);
-    lua_pushnumber(L, numberOf(&task));
-    const int status = lua_pcall(L, arguments + 1, LUA_MULTRET, handler);
-    if (status == 0) return 0;
+    // A hook may run other tasks before this one begins, so each puts back what it found.
+    Task* const outer = std::exchange(pending, &task);
+    const int status = lua_pcall(L, arguments, LUA_MULTRET, handler);
+    pending = outer;
+    if (status == 0 || keepsError) return status;
     lua_pop(L, 1);
     // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
     // then. Work that leaves nothing on the stack is done all the same.

@@ -12,9 +12,24 @@
 /// trivially destructible locals.
 namespace quorlua::guard {
 
+namespace detail {
+
+/// What the guard pushes itself: the trampoline and a text, with a slot to spare for the error value.
+inline constexpr int ownSlots = 3;
+
+/// Lets the current frame have that many values. [-0, +0, -]
+bool growStack(lua_State* L, int wanted);
+
+} // namespace detail
+
 /// Makes room for `slots` more values in the current frame, besides those the guard pushes itself. False when
 /// the memory or the frame's limit does not allow it. [-0, +0, -]
-bool reserve(lua_State* L, int slots);
+inline bool reserve(lua_State* L, int slots)
+{
+    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
+    const int wanted = lua_gettop(L) + slots + detail::ownSlots;
+    return wanted <= LUA_MINSTACK || detail::growStack(L, wanted);
+}
 
 /// Whether an index names a slot of the current frame, or is a pseudo-index.
 bool isSlot(lua_State* L, int index);
@@ -28,6 +43,10 @@ int absolute(lua_State* L, int index);
 /// [-0, +(0|1), -]
 bool pushHandler(lua_State* L);
 
+/// Pushes the value of a slot, as an argument of guarded work. False, with nothing pushed, when there is no
+/// such slot or no room. [-0, +(0|1), -]
+bool pushSlot(lua_State* L, int index);
+
 /// Makes room for `slots` more values in the frame of guarded work; false when the frame's limit does not
 /// allow it.
 /// [-0, +0, m]
@@ -36,12 +55,27 @@ inline bool makeRoom(lua_State* L, int slots)
     return lua_gettop(L) + slots <= LUA_MINSTACK || lua_checkstack(L, slots) != 0;
 }
 
-/// Pushes a global, nil when a metatable on the globals raises. For use inside guarded work. [-0, +1, m]
-void pushGlobal(lua_State* L, const char* name);
+/// Pushes a text that was among the last that `pushText` pushed in this state; false, with nothing pushed,
+/// when it was not. Needs a free slot. [-0, +(0|1), -]
+bool pushKnownText(lua_State* L, const char* text);
+
+/// Pushes a global function whose name is such a text; false, with nothing pushed, where that takes more.
+/// Needs a free slot. [-0, +(0|1), -]
+bool pushKnownFunction(lua_State* L, const char* name);
+
+/// The same above the message handler. Needs two free slots. [-0, +(0|2), -]
+bool pushHandlerAndKnownFunction(lua_State* L, const char* name);
+
+/// Pushes a text, as `lua_pushstring` does. Needs two free slots. [-0, +1, m]
+void pushText(lua_State* L, const char* text);
+
+/// Pushes a global, nil when a metatable on the globals raises; its type. For use inside guarded work. [-0,
+/// +1, m]
+int pushGlobal(lua_State* L, const char* name);
 
 /// Raises "stack overflow (WHAT)" in a frame that may be full. Nothing that needs a destructor may be alive.
 /// [-0, +0, v]
-void raiseOverflow(lua_State* L, const char* what);
+[[noreturn]] void raiseOverflow(lua_State* L, const char* what);
 
 namespace detail {
 
@@ -61,8 +95,9 @@ Task taskOf(Work& work)
     return task;
 }
 
-/// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped.
-int call(lua_State* L, int arguments, int handler, Task& task);
+/// Calls the task with the top `arguments` values. The status of lua_pcall; an error value is popped, unless
+/// it is asked for: one is then there, nil where memory ran out before the call.
+int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError = false);
 
 } // namespace detail
 
@@ -102,9 +137,23 @@ int statusOf(lua_State* L, Work work)
 template<class Work>
 bool runOn(lua_State* L, int index, Work work)
 {
-    if (!L || !isSlot(L, index) || !reserve(L, 1)) return false;
-    lua_pushvalue(L, index);
-    return run(L, 1, 0, work);
+    return pushSlot(L, index) && run(L, 1, 0, work);
+}
+
+/// As `run`, without arguments or handler, for an operation that is defined to raise: what the work raises is
+/// raised once more in the caller's frame, when it is no longer an operation by the limits for scripts. A
+/// full frame raises "stack overflow (WHAT)". Nothing that needs a destructor may be alive. [-0, +results, e]
+template<class Work>
+void runRaising(lua_State* L, const char* what, Work work)
+{
+    static_assert(std::is_trivially_destructible_v<Work>, "a Lua error may jump over guarded work");
+    constexpr int slots = 4;
+    if (!makeRoom(L, slots)) raiseOverflow(L, what);
+    detail::Task task = detail::taskOf(work);
+    const int status = detail::call(L, 0, 0, task, true);
+    if (status == 0) return;
+    if (status == LUA_ERRMEM && lua_isnil(L, -1)) luaL_error(L, "not enough memory");
+    lua_error(L);
 }
 
 } // namespace quorlua::guard

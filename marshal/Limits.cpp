@@ -10,6 +10,7 @@
 #include <cstring>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace quorlua {
@@ -18,6 +19,8 @@ namespace limits {
 using Clock = std::chrono::steady_clock;
 
 struct Limiter {
+    Limiter() noexcept = default;
+
     /// The state's own allocator.
     lua_Alloc allocate = nullptr;
     void* allocator = nullptr;
@@ -35,6 +38,11 @@ struct Limiter {
     bool wasRefused = false;
     bool untrusted = false;
     const void* passed[2] = {nullptr, nullptr};
+#if defined(LUAJIT_VERSION)
+    lua_State* state = nullptr;
+    bool takesLastBlock = false;
+    const void* lastBlock = nullptr;
+#endif
     char message[96] = "";
 };
 
@@ -45,6 +53,8 @@ namespace {
 // Between two looks at the clock: some 10 microseconds of instructions.
 constexpr int usualCount = 1000;
 constexpr unsigned int requestsBetweenLooks = 64;
+// To fill so much takes as long as many small requests.
+constexpr std::size_t largeRequest = 65536;
 // For finalizers, when a state at its limit is cleaned up.
 constexpr std::size_t slackOfCollection = 65536;
 
@@ -70,9 +80,8 @@ bool mayGrow(Limiter& limiter, std::size_t more)
     // Outside of operations nobody could catch the error.
     if (limiter.operations == 0) return true;
     if (isTimed(limiter)) {
-        if (!limiter.isOver && ++limiter.requests % requestsBetweenLooks == 0 &&
-            Clock::now() >= limiter.deadline)
-            noteOver(limiter);
+        const bool look = ++limiter.requests % requestsBetweenLooks == 0 || more >= largeRequest;
+        if (!limiter.isOver && look && Clock::now() >= limiter.deadline) noteOver(limiter);
         if (limiter.isOver) return false;
     }
     if (limiter.used <= limiter.mostBytes && more <= limiter.mostBytes - limiter.used) return true;
@@ -88,6 +97,11 @@ void* allocate(void* user, void* block, std::size_t before, std::size_t size)
     if (size > held && !mayGrow(limiter, size - held)) return nullptr;
     void* made = limiter.allocate(limiter.allocator, block, before, size);
     if (made || size == 0) limiter.used += size - held;
+#if defined(LUAJIT_VERSION)
+    if (limiter.takesLastBlock && !block) limiter.lastBlock = made;
+    if (block && block == limiter.lastBlock)
+        lua_setallocf(limiter.state, limiter.allocate, limiter.allocator);
+#endif
     return made;
 }
 
@@ -106,10 +120,14 @@ void setHook(lua_State* L, int instructions)
 }
 
 /// Tells where the script stood, past "_ALERT": nothing of the script's runs any more.
-void report(lua_State* L, const Limiter& limiter)
+void reportOnce(lua_State* L, Limiter& limiter)
 {
-    lua_Debug frame;
-    if (lua_getstack(L, 0, &frame) && lua_getinfo(L, "Sl", &frame) && frame.currentline > 0)
+    if (limiter.isReported) return;
+    limiter.isReported = true;
+    lua_Debug frame{};
+    lua_getstack(L, 0, &frame); // of a running function: whoever calls will raise an error in it
+    lua_getinfo(L, "Sl", &frame);
+    if (frame.currentline > 0)
         lua_tinker::print_error(nullptr, "%s:%d: %s", frame.short_src, frame.currentline, limiter.message);
     else
         lua_tinker::print_error(nullptr, "%s", limiter.message);
@@ -121,10 +139,7 @@ void check(lua_State* L, Limiter& limiter)
 {
     if (limiter.operations == 0 || !isTimed(limiter)) return;
     if (!limiter.isOver && Clock::now() < limiter.deadline) return;
-    if (!limiter.isReported) {
-        limiter.isReported = true;
-        report(L, limiter);
-    }
+    reportOnce(L, limiter);
     noteOver(limiter);
     lua_newuserdata(L, 1);
     luaL_error(L, "%s", limiter.message); // the host has put another allocator in place
@@ -134,8 +149,7 @@ void count(lua_State* L, lua_Debug*)
 {
     Limiter* limiter = limiterOf(L);
     if (!limiter) return;
-    const bool isOver = limiter->operations > 0 && isTimed(*limiter) &&
-                        (limiter->isOver || Clock::now() >= limiter->deadline);
+    const bool isOver = limiter->operations > 0 && (limiter->isOver || Clock::now() >= limiter->deadline);
     const int wanted = isOver ? 1 : usualCount;
     if (lua_gethookcount(L) != wanted) setHook(L, wanted);
     check(L, *limiter);
@@ -177,22 +191,15 @@ void setTime(Limiter& limiter, double seconds)
 #if defined(LUAJIT_VERSION)
 
 /// That engine keeps memory of its own behind its allocator, and gives it back only where it finds that
-/// allocator again as the state ends. Of all collectors the first made is the last to run.
-int giveBackAllocator(lua_State* L)
-{
-    const Limiter* limiter = limiterOf(L);
-    if (limiter) lua_setallocf(L, limiter->allocate, limiter->allocator);
-    return 0;
-}
-
-int keepAllocator(lua_State* L)
+/// allocator again as the state ends. So it gets it back as soon as no finalizer can run any more, which is
+/// when it frees what the registry holds.
+int keepLastBlock(lua_State* L)
 {
     constexpr int key = -0x51553104;
+    Limiter* limiter = limiterOf(L);
+    limiter->takesLastBlock = true;
     lua_newuserdata(L, 1);
-    lua_createtable(L, 0, 1);
-    lua_pushcfunction(L, giveBackAllocator);
-    lua_setfield(L, -2, "__gc");
-    lua_setmetatable(L, -2);
+    limiter->takesLastBlock = false;
     lua_rawseti(L, LUA_REGISTRYINDEX, key);
     return 0;
 }
@@ -229,9 +236,10 @@ void end(Limiter& limiter)
     limiter.isReported = false;
 }
 
-bool limitNewState(lua_State* L)
+bool limitNewState(lua_State* L, bool untrusted)
 {
-    const ScriptLimits& wanted = limitsOfNewStates;
+    ScriptLimits wanted = limitsOfNewStates;
+    wanted.untrusted = wanted.untrusted || untrusted;
     if (!(wanted.seconds > 0) && wanted.bytes == 0 && !wanted.untrusted) return true;
     auto* limiter = new (std::nothrow) Limiter;
     if (!limiter) return false;
@@ -240,11 +248,14 @@ bool limitNewState(lua_State* L)
     setTime(*limiter, wanted.seconds);
     limiter->allocate = lua_getallocf(L, &limiter->allocator);
     limiter->used = bytesOf(L);
+#if defined(LUAJIT_VERSION)
+    limiter->state = L;
+#endif
     lua_setallocf(L, allocate, limiter);
     // From the beginning: each coroutine takes over the hook of the one that makes it.
     if (isTimed(*limiter)) setHook(L, usualCount);
 #if defined(LUAJIT_VERSION)
-    if (lua_cpcall(L, keepAllocator, nullptr) != 0) {
+    if (lua_cpcall(L, keepLastBlock, nullptr) != 0) {
         lua_setallocf(L, limiter->allocate, limiter->allocator);
         lua_sethook(L, nullptr, 0, 0);
         lua_settop(L, 0);
@@ -257,20 +268,25 @@ bool limitNewState(lua_State* L)
 
 void closeState(lua_State* L)
 {
-    Limiter* limiter = limiterOf(L);
-    if (!limiter) {
-        lua_close(L);
-        return;
-    }
+    const std::unique_ptr<Limiter> limiter(limiterOf(L));
     begin(L);
     lua_close(L);
-    delete limiter;
 }
 
 bool hasTimeLimit(lua_State* L)
 {
     const Limiter* limiter = limiterOf(L);
     return limiter && isTimed(*limiter);
+}
+
+bool isTimeOver(lua_State* L)
+{
+    Limiter* limiter = limiterOf(L);
+    if (!limiter || limiter->operations == 0 || !isTimed(*limiter)) return false;
+    if (!limiter->isOver && Clock::now() < limiter->deadline) return false;
+    reportOnce(L, *limiter);
+    noteOver(*limiter);
+    return true;
 }
 
 bool isUntrusted(lua_State* L)
@@ -296,6 +312,16 @@ void limitNewStates(const ScriptLimits& wanted)
 {
     limits::limitsOfNewStates = wanted;
     if (wanted.seconds > 0 || wanted.bytes > 0 || wanted.untrusted) limits::inUse = true;
+}
+
+ScriptOperation::ScriptOperation(lua_State* L)
+    : limiter_(limits::inUse.load(std::memory_order_relaxed) ? limits::begin(L) : nullptr)
+{
+}
+
+ScriptOperation::~ScriptOperation()
+{
+    if (limiter_) limits::end(*static_cast<limits::Limiter*>(limiter_));
 }
 
 LimitReached takeLimitReached()

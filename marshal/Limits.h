@@ -35,13 +35,16 @@ private:
     Limiter* limiter_;
 };
 
-/// Gives a state that is new, and still empty, the limits that new states have. False when memory ran out.
-bool limitNewState(lua_State* L);
+/// Gives a state that is new, and still empty, the limits that new states have; it is untrusted where they
+/// are, or where it must be. False when memory ran out.
+bool limitNewState(lua_State* L, bool untrusted);
 
 /// Closes a state: what its script left for the end runs within the limits.
 void closeState(lua_State* L);
 
 bool hasTimeLimit(lua_State* L);
+/// Whether an operation is on its way whose time is over; that is reported as an error once. [-0, +0, -]
+bool isTimeOver(lua_State* L);
 bool isUntrusted(lua_State* L);
 
 /// The host's pointers that a script holds in its globals.

@@ -1,4 +1,5 @@
 #include "CallFormats.h"
+#include "Guard.h"
 #include "Values.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
@@ -36,23 +37,37 @@ void fillMaps(lua_State* L, int index, const std::vector<std::vector<KVParams>>&
 
 } // namespace
 
-void pushArgument(lua_State* L, char letter, const CallItem& item)
+bool pushKnownArgument(lua_State* L, char letter, const CallItem& item)
 {
     switch (letter) {
     case 'i':
         lua_pushnumber(L, item.integer);
-        break;
+        return true;
     case 'd':
         lua_pushnumber(L, item.number);
-        break;
+        return true;
     case 'n':
         lua_pushboolean(L, item.truth);
-        break;
+        return true;
+    case 's':
+        return item.address && guard::pushKnownText(L, static_cast<const char*>(item.address));
+    default:
+        return false;
+    }
+}
+
+void pushArgument(lua_State* L, char letter, const CallItem& item)
+{
+    if (letter != 's' && pushKnownArgument(L, letter, item)) return;
+    switch (letter) {
     case 'I':
         lua_tinker::push<long long>(L, item.integer64);
         break;
     case 's':
-        lua_pushstring(L, static_cast<const char*>(item.address));
+        if (const auto* text = static_cast<const char*>(item.address))
+            guard::pushText(L, text);
+        else
+            lua_pushnil(L);
         break;
     case 'r':
         lua_pushlstring(L, object<'r'>(item).data(), object<'r'>(item).size());
@@ -122,11 +137,8 @@ void pushArgument(lua_State* L, char letter, const CallItem& item)
         pushFilled(L, values::sizeHint(object<'k'>(item)), 0,
                    [&](int table) { setKVdataArray(L, table, object<'k'>(item)); });
         break;
-    case 'x':
+    default: // 'x'
         values::pushTextStyle(L, static_cast<const GlibTextStyle*>(item.address));
-        break;
-    default:
-        lua_pushnil(L);
     }
 }
 

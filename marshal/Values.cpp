@@ -1,5 +1,7 @@
 #include "Values.h"
 
+#include "Budget.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <QuorScriptor/GlibCallbacks.h>
@@ -7,7 +9,11 @@
 #include <cmath>
 #include <string_view>
 
-namespace quorlua::values {
+namespace quorlua {
+
+constinit BoundsOfReading boundsOfReading;
+
+namespace values {
 namespace {
 
 void setNumber(lua_State* L, int key, double number) // [-1] table
@@ -60,7 +66,9 @@ bool readNumeric(lua_State* L, int index, double& number)
 void pushPoint(lua_State* L, const QuorPoint& point)
 {
     lua_createtable(L, 3, 0);
-    setAPoint(L, -1, point.x, point.y, point.z);
+    setNumber(L, 1, point.x);
+    setNumber(L, 2, point.y);
+    setNumber(L, 3, point.z);
 }
 
 void pushTextStyle(lua_State* L, const GlibTextStyle* style)
@@ -133,15 +141,15 @@ void fillPolylines(lua_State* L, int index, const std::vector<std::vector<QuorPo
     }
 }
 
-bool readPolyline(lua_State* L, int index, std::vector<QuorPolyDesc>& vertices)
+bool readPolyline(lua_State* L, int index, std::vector<QuorPolyDesc>& vertices, Budget& budget)
 {
     const int top = lua_gettop(L);
     for (lua_pushnil(L); lua_next(L, index) != 0; lua_settop(L, top + 1)) {
         const int element = top + 2; // [-2] key, [-1] element
         QuorPolyDesc vertex;
         double x = 0, y = 0, z = 0;
-        if (!lua_istable(L, element) || !getAInt(L, element, 1, vertex.kind) ||
-            !getAPoint(L, element, 2, x, y, z)) {
+        if (!budget.takeEntry(sizeof vertex) || !lua_istable(L, element) ||
+            !getAInt(L, element, 1, vertex.kind) || !getAPoint(L, element, 2, x, y, z)) {
             lua_settop(L, top);
             return false;
         }
@@ -154,12 +162,13 @@ bool readPolyline(lua_State* L, int index, std::vector<QuorPolyDesc>& vertices)
     return true;
 }
 
-bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc>>& polylines)
+bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc>>& polylines, Budget& budget)
 {
     const int top = lua_gettop(L);
     for (lua_pushnil(L); lua_next(L, index) != 0; lua_settop(L, top + 1)) {
         std::vector<QuorPolyDesc> vertices;
-        if (!lua_istable(L, top + 2) || !readPolyline(L, top + 2, vertices)) {
+        if (!budget.takeEntry(sizeof(std::vector<QuorPolyDesc>)) || !lua_istable(L, top + 2) ||
+            !readPolyline(L, top + 2, vertices, budget)) {
             lua_settop(L, top);
             return false;
         }
@@ -168,4 +177,5 @@ bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc
     return true;
 }
 
-} // namespace quorlua::values
+} // namespace values
+} // namespace quorlua

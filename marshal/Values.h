@@ -9,6 +9,9 @@
 #include <vector>
 
 class GlibTextStyle;
+namespace quorlua {
+class Budget;
+}
 
 /// What the rooms share for moving values across the border to Lua. Readers here use raw access, never raise,
 /// and need `readerSlots` free slots; writers raise when memory runs out and belong inside guarded work.
@@ -55,6 +58,12 @@ inline bool readNumber(lua_State* L, int index, double& number)
     return true;
 }
 
+/// The bytes of a string; 0 for other values. [-0, +0, -]
+inline std::size_t textSize(lua_State* L, int index)
+{
+    return lua_type(L, index) == LUA_TSTRING ? lua_objlen(L, index) : 0;
+}
+
 /// As `lua_isnumber` and `lua_tonumber`, which take a numeric text for a number, but without asking the
 /// locale. [-0, +0, -]
 bool readNumeric(lua_State* L, int index, double& number);
@@ -89,9 +98,10 @@ void fillPolyline(lua_State* L, int index, const std::vector<QuorPolyDesc>& vert
 void fillPolylines(lua_State* L, int index, const std::vector<std::vector<QuorPolyDesc>>& polylines);
 
 /// Append the vertices, or polylines, of the table at an absolute index in traversal order; false at the
-/// first value of another shape. Throw only when memory runs out. [-0, +0, -]
-bool readPolyline(lua_State* L, int index, std::vector<QuorPolyDesc>& vertices);
-bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc>>& polylines);
+/// first value of another shape, or beyond the budget. Throw only when memory runs out. [-0, +0, -]
+bool readPolyline(lua_State* L, int index, std::vector<QuorPolyDesc>& vertices, Budget& budget);
+bool readPolylines(lua_State* L, int index, std::vector<std::vector<QuorPolyDesc>>& polylines,
+                   Budget& budget);
 
 /// Calls `read(key)` for the integer keys from 1 to the table's length, in order. The length of a table with
 /// holes can be millions of times its entries: such a table's keys are gathered instead of counted through.

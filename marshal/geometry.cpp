@@ -1,9 +1,11 @@
+#include "Budget.h"
 #include "Guard.h"
 #include "Values.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <QuorScriptor/geometry.h>
+#include <cstring>
 
 namespace quorlua {
 namespace {
@@ -46,10 +48,13 @@ bool readEntry(lua_State* L, int tableIndex, int key, Read read)
 template<class Triple>
 int readTriple(lua_State* L, int index, Triple& triple)
 {
-    double x = 0, y = 0, z = 0;
     if (!L || !guard::isSlot(L, index) || !guard::reserve(L, values::readerSlots)) return 1;
-    if (getAPoint(L, index, x, y, z) != 0) return 1;
-    triple.set(x, y, z);
+    const int top = lua_gettop(L);
+    QuorPoint point{};
+    const bool whole = values::readPoint(L, index, point);
+    lua_settop(L, top);
+    if (!whole) return 1;
+    triple.set(point.x, point.y, point.z);
     return 0;
 }
 
@@ -246,11 +251,14 @@ void setMatrix(lua_tinker::table& table, const KxGeMatrix3D& matrix)
 
 bool getKxGePointArray(lua_State* L, int index, std::vector<KxGePoint3D>& points)
 {
-    return readArray(L, index, points, [L](int table, int key, KxGePoint3D& point) {
-        double x = 0, y = 0, z = 0;
-        if (!getAPoint(L, table, key, x, y, z)) return false;
-        point.set(x, y, z);
-        return true;
+    const int top = L ? lua_gettop(L) : 0;
+    return readArray(L, index, points, [L, top](int table, int key, KxGePoint3D& point) {
+        QuorPoint read{};
+        lua_rawgeti(L, table, key);
+        const bool whole = values::readPoint(L, top + 1, read);
+        if (whole) point.set(read.x, read.y, read.z);
+        lua_settop(L, top);
+        return whole;
     });
 }
 
@@ -263,10 +271,13 @@ bool getKxDbObjectIdArray(lua_State* L, int index, std::vector<KxDbObjectId>& id
 
 bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts)
 {
-    return readArray(L, index, texts, [L](int table, int key, std::string& text) {
+    Budget budget(L);
+    return readArray(L, index, texts, [L, &budget](int table, int key, std::string& text) {
         const char* read = nullptr;
-        if (!getAString(L, table, key, read) || !read) return false;
-        text = read;
+        if (budget.isSpent() || !getAString(L, table, key, read)) return false;
+        const std::size_t length = std::strlen(read);
+        if (!budget.takeEntry(sizeof(std::string) + length)) return false;
+        text.assign(read, length);
         return true;
     });
 }
@@ -302,8 +313,9 @@ bool getQuorPolyDescArray(lua_State* L, int index, std::vector<QuorPolyDesc>& ve
 {
     if (!isTable(L, index) || !guard::reserve(L, values::readerSlots)) return false;
     const int top = lua_gettop(L);
-    const bool read =
-        values::withoutThrowing([&] { return values::readPolyline(L, guard::absolute(L, index), vertices); });
+    Budget budget(L);
+    const bool read = values::withoutThrowing(
+        [&] { return values::readPolyline(L, guard::absolute(L, index), vertices, budget); });
     lua_settop(L, top);
     return read;
 }

@@ -1,6 +1,7 @@
 #include "CallFormats.h"
 #include "Guard.h"
 #include "Limits.h"
+#include "NativeStack.h"
 #include "Values.h"
 
 #include <QuorMsgHandle/QuorMsgHandle.h>
@@ -32,43 +33,6 @@ const lua_tinker::table_obj* handleOf(const CallItem& item)
     return static_cast<const lua_tinker::table_obj*>(item.address);
 }
 
-/// Pushes the arguments inside a guarded frame whose own arguments are the values of the handles. A handle of
-/// another state counts and pushes nothing: the later arguments move down, and nil fills the end. [-0,
-/// +count, m]
-struct Pushing {
-    const char* format;
-    const CallItem* items;
-    call::Shape shape;
-    int callerTop;
-
-    /// Whether the arguments fit, in the caller's frame as in this one.
-    bool fits(lua_State* frame) const
-    {
-        return shape.arguments == 0 || (callerTop + shape.arguments + 1 <= LUAI_MAXCSTACK &&
-                                        guard::makeRoom(frame, shape.arguments + pushingSlots));
-    }
-
-    /// The number of arguments, 0 when the format has a byte that is no letter.
-    int pushArgsByFormat(lua_State* frame, const lua_State* owner) const
-    {
-        int handle = 0;
-        int missing = 0;
-        for (int i = 0; i < shape.arguments; ++i) {
-            if (!isHandle(format[i])) {
-                call::pushArgument(frame, format[i], items[i]);
-            } else if (handleOf(items[i]) && lua_tinker::state_of(handleOf(items[i])) == owner) {
-                lua_pushvalue(frame, ++handle);
-            } else {
-                ++missing;
-            }
-        }
-        if (!shape.valid) return 0;
-        while (missing-- > 0)
-            lua_pushnil(frame);
-        return shape.arguments;
-    }
-};
-
 /// Pushes the values behind the handles of this state, for a guarded frame to take as its arguments. Their
 /// number.
 int pushHandles(lua_State* L, const call::Shape& shape, const char* format, const CallItem* items)
@@ -88,61 +52,129 @@ int pushHandles(lua_State* L, const call::Shape& shape, const char* format, cons
     return pushed;
 }
 
+/// What is called with what; the function may be null where only arguments are pushed.
+struct Call {
+    const char* function;
+    const char* format;
+    const CallItem* items;
+    call::Shape shape;
+};
+
 /// Why the caller's frame has no room for pushing: too many arguments, when it comes to pushing them at all.
-Outcome outcomeWithoutRoom(lua_State* L, const char* function, const call::Shape& shape)
+Outcome outcomeWithoutRoom(lua_State* L, const Call& call)
 {
-    const bool full = lua_gettop(L) + shape.arguments + LUA_MINSTACK > LUAI_MAXCSTACK;
-    const bool pushes = shape.arguments > 0 && (!function || is_global_function(L, function));
+    const int arguments = call.shape.arguments;
+    const bool full = lua_gettop(L) + arguments + LUA_MINSTACK > LUAI_MAXCSTACK;
+    const bool pushes = arguments > 0 && (!call.function || is_global_function(L, call.function));
     return full && pushes ? Outcome::TooManyArguments : Outcome::Failed;
 }
 
-/// The call: on Ok its results are on top of the caller's stack, above the message handler and, where a byte
-/// of the format was no letter, above what had been pushed before it.
-Outcome callAndLeaveResults(lua_State* L, const char* function, const char* format, const CallItem* items,
-                            const call::Shape& shape)
+/// Pushes the arguments from the first on that take no memory. Their number. [-0, +number, -]
+int pushKnownArguments(lua_State* L, const Call& call)
 {
-    if (!guard::reserve(L, 1 + shape.handles + shape.results)) return outcomeWithoutRoom(L, function, shape);
-    if (!guard::pushHandler(L)) return Outcome::Failed;
-    const int handler = lua_gettop(L);
-    const int handles = pushHandles(L, shape, format, items);
+    int pushed = 0;
+    while (pushed < call.shape.arguments &&
+           call::pushKnownArgument(L, call.format[pushed], call.items[pushed]))
+        ++pushed;
+    return pushed;
+}
+
+/// Pushes the arguments from one on inside a guarded frame whose own arguments are the values of the handles.
+/// A handle of another state counts and pushes nothing: the later arguments move down, and nil fills the end,
+/// unless the format has a byte that is no letter. [-0, +arguments, m]
+void pushArgsByFormat(lua_State* frame, const Call& call, int from, const lua_State* owner)
+{
+    int handle = 0;
+    int missing = 0;
+    for (int i = from; i < call.shape.arguments; ++i) {
+        const CallItem& item = call.items[i];
+        if (!isHandle(call.format[i]))
+            call::pushArgument(frame, call.format[i], item);
+        else if (handleOf(item) && lua_tinker::state_of(handleOf(item)) == owner)
+            lua_pushvalue(frame, ++handle);
+        else
+            ++missing;
+    }
+    while (call.shape.valid && missing-- > 0)
+        lua_pushnil(frame);
+}
+
+/// Pushes the rest of a call in guarded code: the arguments from one on, below them the function where it is
+/// wanted. A value that is no function is pushed for NoFunction; otherwise nothing is when it fails. [-0,
+/// +values, -]
+Outcome prepareRest(lua_State* L, const Call& call, const char* function, int from)
+{
+    const int top = lua_gettop(L) - from;
+    const int handles = pushHandles(L, call.shape, call.format, call.items);
     Outcome outcome = Outcome::Ok;
-    Pushing pushing{format, items, shape, handler + 1};
-    const bool ran = guard::run(L, handles, handler, [&, L, handles](lua_State* frame) {
-        guard::pushGlobal(frame, function);
-        if (!lua_isfunction(frame, -1)) {
+    const bool ran = guard::run(L, handles, 0, [&, function, from, top, handles, L](lua_State* frame) {
+        const int arguments = call.shape.arguments;
+        if (function && guard::pushGlobal(frame, function) != LUA_TFUNCTION) {
             outcome = Outcome::NoFunction;
-            return 0;
+            return 1;
         }
-        if (!pushing.fits(frame)) {
+        if (arguments > 0 && (top + (function ? 1 : 0) + arguments >= LUAI_MAXCSTACK ||
+                              !guard::makeRoom(frame, arguments + pushingSlots))) {
             outcome = Outcome::TooManyArguments;
             return 0;
         }
-        // Where a byte was no letter, the values pushed before it stay, and what is on top is called.
-        const int arguments = pushing.pushArgsByFormat(frame, L);
-        if (!guard::makeRoom(frame, std::max(shape.results - arguments, 0))) {
-            outcome = Outcome::Failed;
-            return 0;
-        }
-        lua_call(frame, arguments, pushing.shape.results);
+        pushArgsByFormat(frame, call, from, L);
         return lua_gettop(frame) - handles;
     });
     return ran ? outcome : Outcome::Failed;
 }
 
-Outcome callAndRead(lua_State* L, const char* function, const char* format, const CallItem* items,
-                    const call::Shape& shape)
+/// Pushes the function, where it is not there and there is a name for one, and its arguments. What takes no
+/// memory is pushed here, the rest in guarded code: in the common case there is none, and the call itself is
+/// the only protected one. Whatever was pushed stays above `top`, unless it fails. [-0, +values, -]
+Outcome prepare(lua_State* L, const Call& call, int top, bool isFunctionThere)
+{
+    const char* wanted = isFunctionThere ? nullptr : call.function;
+    const int pushed = wanted ? 0 : pushKnownArguments(L, call);
+    if (!wanted && pushed == call.shape.arguments) return Outcome::Ok;
+    const Outcome outcome = prepareRest(L, call, wanted, pushed);
+    if (outcome == Outcome::Failed || outcome == Outcome::TooManyArguments) lua_settop(L, top);
+    return outcome;
+}
+
+/// How many arguments there are; 0 where a byte of the format is no letter, and what was pushed before it
+/// stays.
+int countOf(const call::Shape& shape)
+{
+    return shape.valid ? shape.arguments : 0;
+}
+
+/// The call: on Ok its results are on top of the caller's stack, above the message handler in the slot behind
+/// `top` and, where a byte of the format was no letter, above what had been pushed before it.
+Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
+{
+    const call::Shape& shape = call.shape;
+    const int handler = top + 1;
+    // The results take the place of the function and its arguments.
+    const int most = std::max(shape.arguments - countOf(shape) + shape.results, shape.arguments + 1);
+    if (!guard::reserve(L, 2 + most)) return outcomeWithoutRoom(L, call);
+    const bool isKnown = guard::pushHandlerAndKnownFunction(L, call.function);
+    if (!isKnown && !guard::pushHandler(L)) return Outcome::Failed;
+    const Outcome outcome = prepare(L, call, handler, isKnown);
+    if (outcome != Outcome::Ok) return outcome;
+    return lua_pcall(L, countOf(shape), shape.results, handler) == 0 ? Outcome::Ok : Outcome::Failed;
+}
+
+Outcome callAndRead(lua_State* L, const Call& call)
 {
     const limits::Operation operation(L);
+    if (!leavesRoom(0)) return Outcome::Failed;
     const int top = lua_gettop(L);
-    int kept = 0;
-    Outcome outcome = callAndLeaveResults(L, function, format, items, shape);
+    int kept = top;
+    Outcome outcome = callAndLeaveResults(L, call, top);
     if (outcome == Outcome::Ok) {
         const bool read = guard::reserve(L, values::readerSlots) && values::withoutThrowing([&] {
-                              return call::readResultsByFormat(L, shape.rest, items + shape.arguments, &kept);
+                              return call::readResultsByFormat(L, call.shape.rest, call.shape.results,
+                                                               call.items + call.shape.arguments, kept);
                           });
         if (!read) outcome = Outcome::Failed;
     }
-    lua_settop(L, kept > top ? kept : top);
+    lua_settop(L, kept);
     return outcome;
 }
 
@@ -153,10 +185,11 @@ Outcome callWithList(lua_State* L, const char* function, const char* format, va_
     Outcome outcome = Outcome::Failed;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
-        call::Items items;
-        items.takeArguments(shape, format, list);
-        items.takeResults(shape.rest, list);
-        outcome = callAndRead(L, function, format, items.data(), shape);
+        outcome = call::withItems(shape.arguments + shape.results, [&](CallItem* items) {
+            call::takeArguments(shape, format, list, items);
+            call::takeResults(shape.rest, list, items + shape.arguments);
+            return callAndRead(L, {function, format, items, shape});
+        });
         return true;
     });
     return outcome;
@@ -165,43 +198,23 @@ Outcome callWithList(lua_State* L, const char* function, const char* format, va_
 /// Pushes the arguments, above the function when there is a name for one. The number of arguments, or -1.
 int prepareWithList(lua_State* L, const char* function, const char* format, va_list& list, Outcome& outcome)
 {
+    const limits::Operation operation(L);
     int count = -1;
     values::withoutThrowing([&] {
         const call::Shape shape = call::shapeOf(format);
-        call::Items items;
-        items.takeArguments(shape, format, list);
-        if (!guard::reserve(L, shape.handles + 1)) {
-            outcome = outcomeWithoutRoom(L, function, shape);
-            return false;
-        }
-        const int top = lua_gettop(L);
-        const int handles = pushHandles(L, shape, format, items.data());
-        Pushing pushing{format, items.data(), shape, top + (function ? 1 : 0)};
-        Outcome ended = Outcome::Ok;
-        int pushed = 0;
-        const bool ran = guard::run(L, handles, 0, [&, L, handles](lua_State* frame) {
-            if (function) {
-                guard::pushGlobal(frame, function);
-                if (!lua_isfunction(frame, -1)) {
-                    ended = Outcome::NoFunction;
-                    return 1;
-                }
-            }
-            if (!pushing.fits(frame)) {
-                ended = Outcome::TooManyArguments;
-                return 0;
-            }
-            pushed = pushing.pushArgsByFormat(frame, L);
-            return lua_gettop(frame) - handles;
+        outcome = call::withItems(shape.arguments, [&](CallItem* items) {
+            call::takeArguments(shape, format, list, items);
+            const Call call{function, format, items, shape};
+            if (!guard::reserve(L, 2 + shape.arguments)) return outcomeWithoutRoom(L, call);
+            return prepare(L, call, lua_gettop(L), false);
         });
-        outcome = ran ? ended : Outcome::Failed;
-        if (outcome == Outcome::Ok) count = pushed;
+        if (outcome == Outcome::Ok) count = countOf(shape);
         return true;
     });
     return count;
 }
 
-void raiseTooManyArguments(lua_State* L)
+[[noreturn]] void raiseTooManyArguments(lua_State* L)
 {
     guard::raiseOverflow(L, "too many arguments");
 }
@@ -231,7 +244,7 @@ void reportFailure(lua_State* L, const char* function)
 bool callLuaItems(lua_State* L, const char* function, const char* format, const CallItem* items)
 {
     if (!L || !function || !format) return false;
-    const Outcome outcome = callAndRead(L, function, format, items, call::shapeOf(format));
+    const Outcome outcome = callAndRead(L, {function, format, items, call::shapeOf(format)});
     if (outcome == Outcome::TooManyArguments) raiseTooManyArguments(L);
     return outcome == Outcome::Ok;
 }
@@ -280,9 +293,11 @@ int prepareCallParam_vl(lua_State* L, const char* format, va_list& items)
 
 bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char* resultFormat, ...)
 {
-    if (!L || arguments < 0 || lua_gettop(L) < arguments + 1) return false;
+    if (!L || arguments < 0 || arguments >= lua_gettop(L)) return false;
+    const limits::Operation operation(L);
     const int results = resultFormat ? static_cast<int>(std::strlen(resultFormat)) : 0;
-    if (!guard::reserve(L, results)) {
+    // Of all calls this takes the most stack for each that the interpreter counts.
+    if (!leavesRoom(0) || !guard::reserve(L, results)) {
         lua_pop(L, arguments + 1);
         lua_pushnil(L);
         return false;
@@ -296,10 +311,12 @@ bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char*
     va_list list;
     va_start(list, resultFormat);
     const bool read = values::withoutThrowing([&] {
-        call::Items items;
-        items.takeResults(resultFormat, list);
-        return guard::reserve(L, values::readerSlots) &&
-               call::readResultsByFormat(L, resultFormat, items.data(), nullptr);
+        return call::withItems(results, [&](CallItem* items) {
+            int kept = 0; // all of them are, here
+            call::takeResults(resultFormat, list, items);
+            return guard::reserve(L, values::readerSlots) &&
+                   call::readResultsByFormat(L, resultFormat, results, items, kept);
+        });
     });
     va_end(list);
     lua_settop(L, top);

@@ -58,16 +58,16 @@ bool findObjectIdInState(lua_State* L, const KxDbObjectId& id, const char* regis
 // Whatever is raised here is the caller's: nothing that needs a destructor may stand in this frame.
 bool requireObjectIdInState(lua_State* L, const KxDbObjectId& id, const char* registryName)
 {
-    // What is pushed here, and what fetching from globals with a metatable takes besides.
-    constexpr int slots = 4;
     if (!L) return false;
     const ObjectKey key(id);
-    if (!guard::makeRoom(L, slots)) guard::raiseOverflow(L, "no room for an object's table");
-    guard::pushGlobal(L, nameOf(registryName));
-    lua_newtable(L);
-    lua_setfield(L, -2, key.text);
-    lua_getfield(L, -1, key.text); // [-2] registry, [-1] the object's table
-    lua_remove(L, -2);
+    const char* name = nameOf(registryName);
+    guard::runRaising(L, "no room for an object's table", [&key, name](lua_State* frame) {
+        guard::pushGlobal(frame, name);
+        lua_newtable(frame);
+        lua_setfield(frame, 1, key.text);
+        lua_getfield(frame, 1, key.text);
+        return 1;
+    });
     return true;
 }
 

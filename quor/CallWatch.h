@@ -14,9 +14,13 @@ public:
     /// The call takes so many results. The function must be one. Nothing is watched when memory runs out.
     /// [-0, +0, -]
     CallWatch(lua_State* L, const std::string& function, std::size_t results);
+    /// Puts back what stood in the function's place. The state is still there.
+    ~CallWatch();
     CallWatch(const CallWatch&) = delete;
     CallWatch& operator=(const CallWatch&) = delete;
 
+    /// Whether the next call is, or was, watched.
+    bool isInstalled() const { return place_ != nullptr; }
     bool returned() const { return returned_; }
     /// Whether all results are nil; of no results they are.
     bool returnedOnlyNil() const;
@@ -28,9 +32,14 @@ public:
 
 private:
     static int install(lua_State* L);
+    static int remove(lua_State* L);
     static int call(lua_State* L);
 
+    lua_State* L_;
     const std::string& function_;
+    /// In the state, which keeps it: where the function in the other's place finds this. It may be called
+    /// later than this lives, and finds null then.
+    CallWatch** place_ = nullptr;
     bool returned_ = false;
     std::vector<int> types_;
 };

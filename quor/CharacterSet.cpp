@@ -1,5 +1,6 @@
 #include "CharacterSet.h"
 
+#include "../platform/private/PerThread.h"
 #include "Converter.h"
 
 #include <cstdlib>
@@ -11,6 +12,15 @@ namespace {
 
 constexpr char32_t strayBase = 0xF700;
 constexpr const char* gbkName = "GBK";
+
+// A converter has a state of its own, so each thread has one; to open one takes longer than to convert a
+// text.
+struct FromGbk {
+    Converter converter{"UTF-8", gbkName};
+};
+struct ToGbk {
+    Converter converter{gbkName, "UTF-8"};
+};
 
 bool isAscii(char byte)
 {
@@ -103,8 +113,8 @@ bool convertAll(const Converter& converter, std::string_view utf8, std::string& 
 
 std::string utf8FromGbk(std::string_view gbk, std::size_t& strays)
 {
-    static const Converter converter("UTF-8", gbkName);
-    return toUtf8(converter, gbk, strays);
+    if (const auto* own = platform::perThread<FromGbk>()) return toUtf8(own->converter, gbk, strays);
+    return toUtf8(Converter("UTF-8", gbkName), gbk, strays);
 }
 
 std::string utf8FromGbk(std::string_view gbk)
@@ -126,8 +136,8 @@ std::u32string charactersFromGbk(std::string_view gbk)
 
 bool gbkFromUtf8(std::string_view utf8, std::string& gbk)
 {
-    static const Converter converter(gbkName, "UTF-8");
-    return convertAll(converter, utf8, gbk);
+    if (const auto* own = platform::perThread<ToGbk>()) return convertAll(own->converter, utf8, gbk);
+    return convertAll(Converter(gbkName, "UTF-8"), utf8, gbk);
 }
 
 std::string utf8From(const std::string& set, std::string_view bytes, std::size_t& strays)

@@ -12,6 +12,13 @@ enum ExitCode : int {
     WrongUsage = 2,   ///< the command cannot do what its arguments say
 };
 
+/// Ends a subcommand that has said all there is to say.
+struct Ended {
+    explicit Ended(int code) : exitCode(code) {}
+
+    int exitCode;
+};
+
 /// Ends a subcommand. The text is what people read: bytes for the terminal, without a line feed at the end.
 class Failure : public std::runtime_error {
 public:

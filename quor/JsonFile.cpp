@@ -38,7 +38,11 @@ std::string placeIn(const std::string& file, const std::string& path)
 /// stand twice and not where a number is too large.
 class Builder final : public nlohmann::json_sax<Json> {
 public:
-    Builder(std::string file, std::string_view text) : file_(std::move(file)), text_(text) {}
+    /// `isLine`: the text is one line, which `file` names.
+    Builder(std::string file, std::string_view text, bool isLine = false)
+        : file_(std::move(file)), text_(text), isLine_(isLine)
+    {
+    }
 
     Json take() { return std::move(root_); }
 
@@ -67,11 +71,11 @@ public:
     {
         constexpr int numberOutOfRange = 406;
         const std::string_view before = text_.substr(0, position == 0 ? 0 : position - 1);
-        const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+        const auto line = static_cast<std::size_t>(1 + std::count(before.begin(), before.end(), '\n'));
         const auto column = before.size() - (before.rfind('\n') + 1) + 1;
         const bool isNumber = error.id == numberOutOfRange;
         throw Failure(WrongUsage,
-                      fmt::format("{}: line {}, column {}: {}", file_, line, column,
+                      fmt::format("{}, column {}: {}", isLine_ ? file_ : placeOfLine(file_, line), column,
                                   isNumber ? "a number of usual size is expected; there is " + token
                                            : terminal::fromUtf8(reasonOf(error.what()))));
     }
@@ -128,25 +132,11 @@ private:
 
     std::string file_;
     std::string_view text_;
+    bool isLine_;
     Json root_;
     std::vector<Json*> open_;
     std::vector<std::string> keys_; ///< of each open object, the key in work
 };
-
-std::string readText(const std::string& path)
-{
-    std::error_code error;
-    const auto type = std::filesystem::status(system::pathOf(path), error).type();
-    const char* there = type == std::filesystem::file_type::not_found   ? "there is none"
-                        : type == std::filesystem::file_type::directory ? "a folder is there"
-                                                                        : "this is none";
-    // Opening a pipe would wait for whoever writes into it.
-    if (type != std::filesystem::file_type::regular)
-        throw Failure(WrongUsage, fmt::format("{}: a regular file is expected; {}", path, there));
-    std::ifstream file(system::pathOf(path), std::ios::binary);
-    if (!file) throw Failure(WrongUsage, fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::string whatIsThere(const Json& value)
 {
@@ -173,15 +163,42 @@ bool isWord(std::string_view key)
     return !key.empty() && isLetter(key.front()) && std::all_of(key.begin(), key.end(), isLetterOrDigit);
 }
 
+std::string readTextFile(const std::string& path)
+{
+    std::error_code error;
+    const auto type = std::filesystem::status(system::pathOf(path), error).type();
+    const char* there = type == std::filesystem::file_type::not_found   ? "there is none"
+                        : type == std::filesystem::file_type::directory ? "a folder is there"
+                                                                        : "this is none";
+    // Opening a pipe would wait for whoever writes into it.
+    if (type != std::filesystem::file_type::regular)
+        throw Failure(WrongUsage, fmt::format("{}: a regular file is expected; {}", path, there));
+    std::ifstream file(system::pathOf(path), std::ios::binary);
+    if (!file) throw Failure(WrongUsage, fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 Json readJsonFile(const std::string& path)
 {
-    return readJsonText(readText(path), path);
+    return readJsonText(readTextFile(path), path);
 }
 
 Json readJsonText(std::string_view text, const std::string& name)
 {
     Builder builder(name, text);
     Json::sax_parse(text, &builder);
+    return builder.take();
+}
+
+std::string placeOfLine(const std::string& file, std::size_t number)
+{
+    return fmt::format("{}: line {}", file, number);
+}
+
+Json readJsonLine(std::string_view line, const std::string& file, std::size_t number)
+{
+    Builder builder(placeOfLine(file, number), line, true);
+    Json::sax_parse(line, &builder);
     return builder.take();
 }
 

@@ -20,6 +20,14 @@ nlohmann::json readJsonFile(const std::string& path);
 /// The same for a text in UTF-8, which the failures call `name`, in bytes for the terminal.
 nlohmann::json readJsonText(std::string_view text, const std::string& name);
 
+/// The same for a line of a file, counted from 1, of which the failures also name the line.
+nlohmann::json readJsonLine(std::string_view line, const std::string& file, std::size_t number);
+/// The line in the words of the failures.
+std::string placeOfLine(const std::string& file, std::size_t number);
+
+/// All of a regular file. Throws `Failure` (wrong usage) that names it.
+std::string readTextFile(const std::string& path);
+
 /// A value of a JSON file and its place there, as `points["3"][0]`, by which the failures name it. The JSON
 /// must outlive it. Each reader throws a `Failure` (wrong usage) when something else is there.
 class JsonNode {

@@ -5,6 +5,7 @@
 
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
+#include <QuorScriptor/ScriptLimits.h>
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -378,6 +379,7 @@ LuaValue luaValueOf(const JsonNode& node)
 void pushLuaValue(lua_State* L, const LuaValue& value)
 {
     Push work{&value, LUA_REFNIL};
+    const quorlua::ScriptOperation operation(L); // of finalizers
     if (lua_cpcall(L, pushProtected, &work) != 0) lua_pop(L, 1);
     // The registry keeps the value as long as the state lives: letting go of it could take memory.
     lua_rawgeti(L, LUA_REGISTRYINDEX, work.reference);

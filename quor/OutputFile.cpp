@@ -4,16 +4,34 @@
 #include "ReplacedFile.h"
 #include "Terminal.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fmt/format.h>
+#include <functional>
+#include <mutex>
 #include <utility>
 
 namespace quor {
 namespace {
 
 constexpr const char* standardOutput = "-";
+
+/// To be held while the folder of a file is changed. A system lets one thread at a time do that anyway, but
+/// the others may wait at work: two threads then take a third more processor time.
+std::mutex& folderMutex(const std::string& file)
+{
+    static std::array<std::mutex, 16> mutexes;
+    const std::string folder = system::textOf(system::pathOf(file).parent_path());
+    return mutexes[std::hash<std::string>()(folder) % mutexes.size()];
+}
+
+std::FILE* openBeside(const std::string& file, std::string& temporary)
+{
+    const std::lock_guard lock(folderMutex(file));
+    return replacedfile::openBeside(file, temporary);
+}
 
 } // namespace
 
@@ -25,8 +43,7 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path))
     }
     try {
         target_ = replacedfile::fileBehind(path_);
-        file_ =
-            target_.empty() ? replacedfile::openAsItIs(path_) : replacedfile::openBeside(target_, temporary_);
+        file_ = target_.empty() ? replacedfile::openAsItIs(path_) : openBeside(target_, temporary_);
     } catch (const replacedfile::Refused& refused) {
         fail(refused.what());
     }
@@ -55,6 +72,7 @@ void OutputFile::finish()
     if (std::fclose(std::exchange(file_, nullptr)) != 0) fail(std::strerror(errno));
     if (temporary_.empty()) return;
     try {
+        const std::lock_guard lock(folderMutex(target_));
         replacedfile::replace(target_, temporary_);
     } catch (const replacedfile::Refused& refused) {
         fail(refused.what());

@@ -39,7 +39,8 @@ private:
 void removeOutput(const std::string& path);
 
 /// As long as it lives, what this process and those that it starts write to standard output goes to standard
-/// error.
+/// error, and whoever writes to a pipe that nobody reads any more meets an error, by which this process does
+/// not end.
 class StandardOutputAside {
 public:
     StandardOutputAside();
@@ -49,6 +50,7 @@ public:
 
 private:
     int kept_;
+    [[maybe_unused]] void (*onBrokenPipe_)(int) = nullptr; ///< where the system has a signal for it
 };
 
 } // namespace quor

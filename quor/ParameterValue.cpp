@@ -12,15 +12,15 @@ namespace {
 
 class Argument {
 public:
-    Argument(const std::string& argument, std::string place)
-        : argument_(argument), place_(std::move(place)), equals_(argument.find('='))
+    Argument(const std::string& argument, std::string place, ArgumentSet set = ArgumentSet::Terminal)
+        : argument_(argument), place_(std::move(place)), set_(set), equals_(argument.find('='))
     {
         if (equals_ == std::string::npos || equals_ == 0) fail("NAME=VALUE", "of that form");
     }
 
     std::string key() const
     {
-        return terminal::gbkFrom(argument_.substr(0, equals_), place_ + " (the name)");
+        return gbkOf(std::string_view(argument_).substr(0, equals_), place_ + " (the name)");
     }
     KVValue value(KVTag wanted) const;
 
@@ -32,14 +32,21 @@ private:
                       fmt::format("{}: {} is expected, and this is not {}", place_, expected, fact));
     }
 
+    std::string gbkOf(std::string_view bytes, const std::string& place) const
+    {
+        return set_ == ArgumentSet::Utf8 ? terminal::gbkFromUtf8(bytes, place)
+                                         : terminal::gbkFrom(bytes, place);
+    }
+
     KVValue number() const;
     KVValue boolean() const;
     KVValue point() const;
     KVValue guessed() const;
-    KVValue words() const { return KVValue::ofString(terminal::gbkFrom(text(), place_)); }
+    KVValue words() const { return KVValue::ofString(gbkOf(text(), place_)); }
 
     const std::string& argument_;
     std::string place_;
+    ArgumentSet set_;
     std::size_t equals_;
 };
 
@@ -91,20 +98,25 @@ KVValue Argument::value(KVTag wanted) const
     }
 }
 
+std::string placeOf(const std::string& argument, ArgumentSet set)
+{
+    return "--set " + (set == ArgumentSet::Utf8 ? terminal::fromUtf8(argument) : argument);
+}
+
 } // namespace
 
-void checkParameters(const std::vector<std::string>& arguments)
+void checkParameters(const std::vector<std::string>& arguments, ArgumentSet set)
 {
     for (const std::string& argument : arguments)
-        static_cast<void>(Argument(argument, "--set " + argument).key());
+        static_cast<void>(Argument(argument, placeOf(argument, set), set).key());
 }
 
 std::vector<KVParams> readParameters(const std::vector<std::string>& arguments,
-                                     const std::vector<KVParams>& known)
+                                     const std::vector<KVParams>& known, ArgumentSet set)
 {
     std::vector<KVParams> records;
     for (const std::string& text : arguments) {
-        const Argument argument(text, "--set " + text);
+        const Argument argument(text, placeOf(text, set), set);
         KVParams record;
         record.key = argument.key();
         const auto held = std::find_if(known.begin(), known.end(),

@@ -5,6 +5,13 @@
 #include "Terminal.h"
 
 namespace quor {
+namespace {
+
+/// A script can ask for names without end. So many are told, and kept, up to so many bytes of each.
+constexpr std::size_t mostTold = 100;
+constexpr std::size_t longestTold = 200;
+
+} // namespace
 
 SceneTextStyle::Style::Style(const SceneStyle& style)
     : font(style.font, style.face), height(style.height), factor(style.factor)
@@ -56,10 +63,12 @@ void SceneTextStyle::setstyle(const char* name)
         const auto found = styles_.find(wanted);
         if (found != styles_.end()) {
             current_ = found;
-        } else if (told_.insert(wanted).second) {
-            terminal::say("{}: the script asks for the text style \"{}\", which is not there; \"{}\" stays",
-                          path_, terminal::fromGbk(wanted), terminal::fromGbk(current_->first));
+            return;
         }
+        const std::string told = wanted.substr(0, longestTold);
+        if (told_.size() < mostTold && told_.insert(told).second)
+            terminal::say("{}: the script asks for the text style \"{}\", which is not there; \"{}\" stays",
+                          path_, terminal::fromGbk(told), terminal::fromGbk(current_->first));
     } catch (const std::exception&) {
         return; // no memory to look for it: the style stays
     }

@@ -23,7 +23,8 @@ public:
     double height() const override;
     double getlen(const char* text) const override;
     double getlen_h(const char* text, double height) const override;
-    /// A name that the scene does not have changes nothing, and is told once on standard error.
+    /// A name that the scene does not have changes nothing, and is told once on standard error: the first
+    /// hundred are, by their first 200 bytes.
     void setstyle(const char* name) override;
     double getfactor() const override;
 

@@ -17,8 +17,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What a script that heeds its limit takes at most until it has ended, its report included.
-constexpr std::chrono::milliseconds patience(500);
 /// For the last words; whoever reads them may have stopped reading.
 constexpr std::chrono::seconds patienceForWords(2);
 
@@ -37,20 +35,20 @@ double readLimit(const std::string& text, const char* option, double most)
     return number;
 }
 
-std::string overTime(const std::string& script, const std::string& seconds)
-{
-    return fmt::format("{}: --time-limit {}: the script still ran after {} seconds", script, seconds,
-                       seconds);
-}
-
 } // namespace
+
+std::string overTime(const std::string& script, const LimitOptions& options)
+{
+    return fmt::format("{}: --time-limit {}: the script still ran after {} seconds", script, options.seconds,
+                       options.seconds);
+}
 
 /// Ends the command when it is still there at the deadline.
 class ScriptLimit::Watchdog {
 public:
-    Watchdog(double seconds, std::string text)
-        : seconds_(std::move(text)),
-          deadline_(Clock::now() + patience +
+    Watchdog(double seconds, const LimitOptions& options)
+        : options_(options),
+          deadline_(Clock::now() + patienceForScripts +
                     std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds))),
           thread_([this] { watch(); })
     {
@@ -93,7 +91,7 @@ private:
     {
         if (!output.empty()) removeOutput(output);
         terminal::say("quor: {}, where nothing but the command's end could end it",
-                      overTime(script, seconds_));
+                      overTime(script, options_));
         {
             const std::lock_guard lock(mutex_);
             isSaid_ = true;
@@ -107,7 +105,7 @@ private:
     bool isSaid_ = false;
     std::string script_;
     std::string output_;
-    const std::string seconds_;
+    const LimitOptions& options_;
     const Clock::time_point deadline_;
     std::thread thread_;
 };
@@ -128,22 +126,43 @@ void addLimitOptions(CLI::App& command, LimitOptions& options)
         "system");
 }
 
-ScriptLimit::ScriptLimit(const LimitOptions& options) : options_(options)
+NewStateLimits::NewStateLimits(const LimitOptions& options)
+    : seconds_(readLimit(options.seconds, "--time-limit", mostSeconds))
 {
     quorlua::ScriptLimits limits;
-    limits.seconds = readLimit(options.seconds, "--time-limit", mostSeconds);
+    limits.seconds = seconds_;
     limits.bytes =
         static_cast<std::size_t>(readLimit(options.mebibytes, "--memory-limit", mostMebibytes) * mebibyte);
     limits.untrusted = options.untrusted;
     quorlua::limitNewStates(limits);
     static_cast<void>(quorlua::takeLimitReached());
-    if (limits.seconds > 0) watchdog_ = std::make_unique<Watchdog>(limits.seconds, options.seconds);
 }
 
-ScriptLimit::~ScriptLimit()
+NewStateLimits::~NewStateLimits()
 {
     quorlua::limitNewStates({});
 }
+
+void checkLimits(const LimitOptions& options, const std::string& script)
+{
+    switch (quorlua::takeLimitReached()) {
+    case quorlua::LimitReached::None:
+        return;
+    case quorlua::LimitReached::Time:
+        throw Failure(ScriptFailed, overTime(script, options));
+    case quorlua::LimitReached::Memory:
+        throw Failure(ScriptFailed,
+                      fmt::format("{}: --memory-limit {}: the script asked for more than {} MiB", script,
+                                  options.mebibytes, options.mebibytes));
+    }
+}
+
+ScriptLimit::ScriptLimit(const LimitOptions& options) : options_(options), limits_(options)
+{
+    if (limits_.seconds() > 0) watchdog_ = std::make_unique<Watchdog>(limits_.seconds(), options);
+}
+
+ScriptLimit::~ScriptLimit() = default;
 
 void ScriptLimit::setScript(const std::string& path)
 {
@@ -158,16 +177,7 @@ void ScriptLimit::setOutput(const std::string& path)
 
 void ScriptLimit::check()
 {
-    switch (quorlua::takeLimitReached()) {
-    case quorlua::LimitReached::None:
-        return;
-    case quorlua::LimitReached::Time:
-        throw Failure(ScriptFailed, overTime(script_, options_.seconds));
-    case quorlua::LimitReached::Memory:
-        throw Failure(ScriptFailed,
-                      fmt::format("{}: --memory-limit {}: the script asked for more than {} MiB", script_,
-                                  options_.mebibytes, options_.mebibytes));
-    }
+    checkLimits(options_, script_);
 }
 
 } // namespace quor

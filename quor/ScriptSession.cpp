@@ -6,45 +6,21 @@
 #include "SceneFile.h"
 #include "SceneFunctor.h"
 #include "SceneTextStyle.h"
+#include "ScriptHost.h"
+#include "ScriptKeeper.h"
 #include "Terminal.h"
 
-#include <QuorCommon/QuorCommon.h>
 #include <QuorMsgHandle/QuorMsgHandle.h>
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
-#include <QuorScriptor/LuaModules.h>
+#include <QuorScriptor/ScriptLimits.h>
 #include <algorithm>
-#include <filesystem>
+#include <optional>
 
 namespace quor {
 namespace {
 
-namespace fs = std::filesystem;
 using Quor::GlibStatus;
-
-/// `acadui.printf(text)`, which every state then takes as its "_ALERT" too. [-?, +0, -]
-int showText(lua_State* L)
-{
-    char digits[32] = "";
-    std::size_t length = 0;
-    const char* text = digits;
-    if (lua_type(L, 1) == LUA_TSTRING)
-        text = lua_tolstring(L, 1, &length);
-    else if (lua_type(L, 1) == LUA_TNUMBER)
-        length = quorlua::numberText(lua_tonumber(L, 1), digits);
-    else
-        return 0;
-    terminal::showMessage(std::string_view(text, length));
-    return 0;
-}
-
-/// Shows a report that no "_ALERT" takes, since the script has replaced it.
-void showReport(const char* text, std::size_t length, void*)
-{
-    terminal::showMessage(std::string_view(text, length));
-}
-
-constexpr luaL_Reg messageFunctions[] = {{"printf", showText}, {nullptr, nullptr}};
 
 /// What scripts write to standard output comes in its order among the messages, which are not buffered.
 constexpr char standardError[] = "io.output(io.stderr) io.stdout = io.stderr";
@@ -63,22 +39,6 @@ each number given, unless the script's table "skey" says that it is a quantity o
 the script is told it as glb.factor. Nothing else is scaled.
 
 Exit codes: 0 done; 1 the script failed; 2 the command was used wrongly.)";
-
-bool exists(const std::string& path)
-{
-    std::error_code error;
-    return fs::exists(system::pathOf(path), error);
-}
-
-/// Where a file was looked for, on lines of its own; nothing when that was one place.
-std::string listOfPlaces(const std::vector<std::string>& paths)
-{
-    if (paths.size() < 2) return {};
-    std::string list = "\nlooked for:";
-    for (const std::string& path : paths)
-        list += "\n  " + path;
-    return list;
-}
 
 struct Global {
     std::string name;
@@ -109,6 +69,13 @@ std::vector<Global> globalsOf(lua_State* L)
     std::sort(globals.begin(), globals.end(),
               [](const Global& one, const Global& other) { return one.name < other.name; });
     return globals;
+}
+
+/// Whether a script has a global function of that name, within its limits: a metatable may answer.
+bool isGlobalFunction(lua_State* L, const std::string& name)
+{
+    const quorlua::ScriptOperation operation(L);
+    return quorlua::is_global_function(L, name.c_str());
 }
 
 std::string describe(GlibStatus status, const char* meaning)
@@ -184,62 +151,59 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options)
     command.footer(scriptHelp);
 }
 
-ScriptSession::ScriptSession(const ScriptOptions& options) : options_(options), limit_(options.limits)
-{
-    if (options.script.empty())
-        throw Failure(WrongUsage, "SCRIPT: the path of a script is expected; it is empty");
-    factor_ = readFactor(options.factor, "--factor");
-    checkParameters(options.settings);
-    setFolders(options.folders);
-    kxcom::setMessageSink(terminal::showMessage, nullptr);
-    lua_tinker::set_error_outlet(showReport, nullptr);
-    kxcom::clearQuorLastError();
-    static const bool registered = [] {
-        quorlua::addRegLuaModule("acadui", messageFunctions);
-        registerGuestFunctions();
-        return true;
-    }();
-    static_cast<void>(registered);
+struct ScriptSession::Alone {
+    explicit Alone(const ScriptOptions& options) : limit(options.limits) {}
 
-    findScript();
-    limit_.setScript(path_);
-    if (options.sceneGiven) openScene();
+    ScriptLimit limit;
+    std::optional<ScriptHost> host;
+    ScriptKeeper keeper;
+};
+
+ScriptSession::ScriptSession(const ScriptOptions& options)
+    : options_(options), alone_(std::make_unique<Alone>(options)), keeper_(alone_->keeper)
+{
+    checkOptions();
+    alone_->host.emplace(options.folders);
+    findFiles();
+    alone_->limit.setScript(script_.path);
 }
 
-void ScriptSession::findScript()
+ScriptSession::ScriptSession(const ScriptOptions& options, ScriptKeeper& keeper)
+    : options_(options), keeper_(keeper)
 {
-    searched_ = {options_.script};
-    const std::string name = terminal::systemName(options_.script, "SCRIPT " + options_.script);
-    if (system::pathOf(options_.script).is_relative()) {
-        for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
-                                 QuorSystem::getProjectFileFullPath("components", name.c_str()),
-                                 QuorSystem::getFullQuorName(name.c_str())})
-            searched_.push_back(terminal::fromSystemName(path));
-    }
-    const auto found = std::find_if(searched_.begin(), searched_.end(), exists);
-    path_ = found == searched_.end() ? options_.script : *found;
-    name_ = system::textOf(system::pathOf(path_).filename());
-    if (name_.empty()) name_ = path_;
-    systemPath_ = terminal::systemName(path_, path_);
+    static_cast<void>(quorlua::takeLimitReached()); // of another's job
+    checkOptions();
+    findFiles();
+}
+
+void ScriptSession::checkOptions()
+{
+    if (options_.script.empty())
+        throw Failure(WrongUsage, "SCRIPT: the path of a script is expected; it is empty");
+    factor_ = readFactor(options_.factor, "--factor");
+    checkParameters(options_.settings, options_.set);
+}
+
+void ScriptSession::findFiles()
+{
+    kxcom::clearQuorLastError();
+    script_ = findScript(options_.script);
+    name_ = system::textOf(system::pathOf(script_.path).filename());
+    if (name_.empty()) name_ = script_.path;
+    systemPath_ = terminal::systemName(script_.path, script_.path);
     terminal::expectPath(systemPath_);
+    if (options_.sceneGiven) openScene();
 }
 
 void ScriptSession::openScene()
 {
     if (options_.scene.empty())
         throw Failure(WrongUsage, "--scene: the path of a scene's file is expected; it is empty");
-    std::vector<std::string> searched = {options_.scene};
-    const std::string name = terminal::systemName(options_.scene, "--scene " + options_.scene);
-    if (system::pathOf(options_.scene).is_relative()) {
-        for (const char* path : {QuorSystem::getProjectFileFullPath(name.c_str()),
-                                 QuorSystem::getProjectFileFullPath("scenes", name.c_str())})
-            searched.push_back(terminal::fromSystemName(path));
-    }
-    const auto found = std::find_if(searched.begin(), searched.end(), exists);
-    if (found == searched.end())
+    const FoundFile found = findScene(options_.scene);
+    if (!found.isThere)
         throw Failure(WrongUsage, fmt::format("--scene {}: a file is expected; there is none{}",
-                                              options_.scene, listOfPlaces(searched)));
-    scenePath_ = *found;
+                                              options_.scene, listOfPlaces(found)));
+    scenePath_ = found.path;
     Scene scene = readScene(scenePath_);
     if (!scene.textStyles.empty()) textStyle_ = std::make_unique<SceneTextStyle>(scene);
     functor_ = std::make_unique<SceneFunctor>(std::move(scene));
@@ -247,13 +211,26 @@ void ScriptSession::openScene()
 
 ScriptSession::~ScriptSession()
 {
-    if (scriptor_ && functor_) {
+    if (!scriptor_) return;
+    if (functor_) {
         scriptor_->setFunction(nullptr);
         scriptor_->setGlibTextstyle(nullptr);
     }
-    scriptor_.reset();
-    kxcom::setMessageSink(nullptr, nullptr);
-    lua_tinker::set_error_outlet(nullptr, nullptr);
+    // Finalizers may still ask the scene.
+    if (alone_)
+        keeper_.clear();
+    else
+        keeper_.giveBack(*scriptor_);
+}
+
+void ScriptSession::setOutput(const std::string& path)
+{
+    if (alone_) alone_->limit.setOutput(path);
+}
+
+void ScriptSession::checkLimits() const
+{
+    quor::checkLimits(options_.limits, path());
 }
 
 void ScriptSession::load()
@@ -272,37 +249,40 @@ void ScriptSession::setScene()
 
 void ScriptSession::loadFile()
 {
-    scriptor_ = std::make_unique<QuorGlibScriptor>();
+    scriptor_ = &keeper_.take(systemPath_);
     lua_State* L = scriptor_->getLua(false);
-    if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path_, describe(GlibStatus::NoState)));
+    if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path(), describe(GlibStatus::NoState)));
     if (!options_.limits.untrusted) lua_tinker::dobuffer(L, standardError, sizeof standardError - 1);
+    if (!alone_) shareProcess(L);
     for (const Global& global : globalsOf(L))
         globalsBefore_.push_back(global.name);
 
-    const GlibStatus status = scriptor_->loadFile(systemPath_.c_str(), false);
+    const bool isKnown = scriptor_->getFileName() != nullptr;
+    const GlibStatus status =
+        isKnown ? scriptor_->reloadLua(0) : scriptor_->loadFile(systemPath_.c_str(), false);
     if (status == GlibStatus::Ok) return;
-    limit_.check();
+    checkLimits();
     const std::string reason = status == GlibStatus::ScriptFailed
                                    ? describe(status, "it cannot be read, compiled or run to its end")
                                    : describe(status);
-    std::string text = fmt::format("{}: {}", path_, reason);
-    if (status == GlibStatus::FileNotExamined) text += listOfPlaces(searched_);
+    std::string text = fmt::format("{}: {}", path(), reason);
+    if (status == GlibStatus::FileNotExamined) text += listOfPlaces(script_);
     throw Failure(ScriptFailed, text);
 }
 
 void ScriptSession::writeParameters()
 {
     if (options_.factorGiven && !scriptor_->setConstFactor(factor_))
-        terminal::say("{}: the script has no table \"glb\", so it is not told the factor", path_);
+        terminal::say("{}: the script has no table \"glb\", so it is not told the factor", path());
 
     std::vector<KVParams> held;
     const bool hasParameters = scriptor_->getParams_std("param", held) == GlibStatus::Ok;
-    const std::vector<KVParams> given = readParameters(options_.settings, held);
+    const std::vector<KVParams> given = readParameters(options_.settings, held, options_.set);
     if (given.empty()) return;
     if (hasParameters && scriptor_->setKeyValues(given, factor_)) return;
-    limit_.check();
+    checkLimits();
     const GlibStatus status = hasParameters ? GlibStatus::ScriptFailed : GlibStatus::TableMissing;
-    throw Failure(ScriptFailed, fmt::format("{}: \"param\" cannot be written: {}", path_, describe(status)));
+    throw Failure(ScriptFailed, fmt::format("{}: \"param\" cannot be written: {}", path(), describe(status)));
 }
 
 std::vector<std::string> ScriptSession::ownFunctions() const
@@ -333,7 +313,7 @@ std::string ScriptSession::listOfFunctions() const
 bool ScriptSession::hasGlobal(std::string_view name) const
 {
     lua_State* L = scriptor_->getLua(false);
-    if (quorlua::is_global_function(L, std::string(name).c_str())) return true;
+    if (isGlobalFunction(L, std::string(name))) return true;
     // Other values count as well: calling them fails, and the failure says more than "missing" would.
     const std::vector<Global> globals = globalsOf(L);
     return std::any_of(globals.begin(), globals.end(),
@@ -342,18 +322,23 @@ bool ScriptSession::hasGlobal(std::string_view name) const
 
 std::string ScriptSession::chooseSegment(const std::string& wanted)
 {
-    if (!wanted.empty()) return terminal::gbkFrom(wanted, "--segment " + wanted);
+    if (!wanted.empty()) {
+        return options_.set == ArgumentSet::Utf8
+                   ? terminal::gbkFromUtf8(wanted, "--segment " + terminal::fromUtf8(wanted))
+                   : terminal::gbkFrom(wanted, "--segment " + wanted);
+    }
     if (hasGlobal("main")) return "main";
+    checkLimits();
     const std::vector<std::string> names = ownFunctions();
     if (names.size() == 1) return names.front();
     throw Failure(WrongUsage, fmt::format("{}: --segment is expected, since the script has no \"main\"; {}",
-                                          path_, listOfFunctions()));
+                                          path(), listOfFunctions()));
 }
 
 /// "FILE:LINE: segment NAME", the line where the segment begins, when it is known.
 std::string ScriptSession::placeOf(const char* what, const std::string& name) const
 {
-    std::string place = path_;
+    std::string place = path();
     for (const Global& global : globalsOf(scriptor_->getLua(false))) {
         if (global.name == name && global.source == "@" + systemPath_)
             place += fmt::format(":{}", global.line);
@@ -363,13 +348,13 @@ std::string ScriptSession::placeOf(const char* what, const std::string& name) co
 
 void ScriptSession::failCall(const char* what, const std::string& name, const std::string& reason)
 {
-    limit_.check();
+    checkLimits();
     throw Failure(ScriptFailed, fmt::format("{}: {}", placeOf(what, name), reason));
 }
 
 void ScriptSession::checkFunction(const std::string& function)
 {
-    if (quorlua::is_global_function(scriptor_->getLua(false), function.c_str())) return;
+    if (isGlobalFunction(scriptor_->getLua(false), function)) return;
     failCall("function", function, "the script has no global function of that name\n" + listOfFunctions());
 }
 
@@ -381,7 +366,7 @@ const GlibTextStyle* ScriptSession::textStyle() const
 void ScriptSession::checkSegment(GlibStatus status, const std::string& segment)
 {
     if (status == GlibStatus::Ok) return;
-    limit_.check();
+    checkLimits();
     std::string text = fmt::format("{}: {}", placeOf("segment", segment), describeCall(status));
     const std::string reason = kxcom::getQuorLastErrorText();
     if (!reason.empty())

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "HostFolders.h"
+#include "ParameterValue.h"
+#include "ScriptFiles.h"
 #include "ScriptLimit.h"
 
 #include <CLI/CLI.hpp>
@@ -13,11 +15,13 @@ namespace quor {
 
 class SceneFunctor;
 class SceneTextStyle;
+class ScriptKeeper;
 
 /// What every subcommand that runs a component's script takes.
 struct ScriptOptions {
     std::string script;
     std::vector<std::string> settings;
+    ArgumentSet set = ArgumentSet::Terminal; ///< of the settings, and of a segment's name
     std::string factor = "1";
     bool factorGiven = false;
     HostFolders folders;
@@ -33,13 +37,18 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options);
 /// A script, found when the session is made, and loaded into a scriptor of its own as a host does it: folders
 /// are set, messages go to standard error, the factor, if it is given, and the parameters are written; where
 /// a scene is given, it answers what the script asks the host. What the script prints goes to standard error
-/// as well, and it cannot end the program. One session at a time.
+/// as well, and it cannot end the program.
+///
+/// A session alone sets up the host, and is the only one at that time. Among several, one on a thread at a
+/// time, the host is there and the scriptor a kept one; a script then cannot change what is the process's.
 ///
 /// Every failure is a `Failure`: of the script, with the status and what it means, or of usage.
 class ScriptSession {
 public:
     /// The options must outlive the session.
     explicit ScriptSession(const ScriptOptions& options);
+    /// A session among several, on this thread that has the keeper, which outlives it.
+    ScriptSession(const ScriptOptions& options, ScriptKeeper& keeper);
     ~ScriptSession();
     ScriptSession(const ScriptSession&) = delete;
     ScriptSession& operator=(const ScriptSession&) = delete;
@@ -49,7 +58,7 @@ public:
 
     QuorGlibScriptor& scriptor() { return *scriptor_; }
     /// The path under which the script was found.
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return script_.path; }
     /// The script's file name without its folder, as the system writes it.
     const std::string& name() const { return name_; }
     /// The path under which the scene was found; empty without one.
@@ -60,7 +69,7 @@ public:
     std::string chooseSegment(const std::string& wanted);
 
     /// The file that the result will go to: when the command is ended, an earlier run's is removed.
-    void setOutput(const std::string& path) { limit_.setOutput(path); }
+    void setOutput(const std::string& path);
 
     /// Throws what is to be said when `status`, of a call of the segment, is not Ok.
     void checkSegment(Quor::GlibStatus status, const std::string& segment);
@@ -75,7 +84,10 @@ public:
     const GlibTextStyle* textStyle() const;
 
 private:
-    void findScript();
+    struct Alone;
+
+    void checkOptions();
+    void findFiles();
     void openScene();
     void loadFile();
     void setScene();
@@ -84,19 +96,20 @@ private:
     std::string listOfFunctions() const;
     std::string placeOf(const char* what, const std::string& name) const;
     bool hasGlobal(std::string_view name) const;
+    void checkLimits() const;
 
     const ScriptOptions& options_;
-    ScriptLimit limit_; ///< outlives the state
+    std::unique_ptr<Alone> alone_; ///< null among several; outlives the state
+    ScriptKeeper& keeper_;
     double factor_ = 1;
-    std::string path_;
+    FoundFile script_;
     std::string systemPath_; ///< the same as the library takes it
     std::string name_;
-    std::vector<std::string> searched_;
     std::vector<std::string> globalsBefore_;
     std::string scenePath_;
     std::unique_ptr<SceneFunctor> functor_;
     std::unique_ptr<SceneTextStyle> textStyle_;
-    std::unique_ptr<QuorGlibScriptor> scriptor_;
+    QuorGlibScriptor* scriptor_ = nullptr;
 };
 
 /// What a status means, in words.

@@ -40,6 +40,15 @@ std::filesystem::path programFile();
 /// Lets standard output and standard error take bytes as they are.
 void makeStreamsBinary();
 
+/// Whether a person sees standard error as it is written.
+bool isErrorsTerminal();
+
+/// From now on nothing can be read from standard input.
+void emptyInput();
+
+/// Whether letters of either case are the same in file names.
+extern const bool ignoresCase;
+
 /// A path from one of the command's own texts, and such a text from a path.
 inline std::filesystem::path pathOf(std::string_view text)
 {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -23,7 +24,10 @@ std::string utf8FromName(std::string_view name)
     return charset::utf8From(sets().fileNames, name, strays);
 }
 
-std::vector<std::string>& expectedPaths()
+thread_local MessageScope* scope = nullptr;
+
+/// Those that no thread's scope has.
+std::vector<std::string>& commonPaths()
 {
     static std::vector<std::string> paths;
     return paths;
@@ -51,6 +55,13 @@ std::string_view pathBeforeLine(std::string_view text)
         return isPath ? path : std::string_view();
     }
     return {};
+}
+
+std::vector<std::string_view> expectedPaths()
+{
+    std::vector<std::string_view> paths(commonPaths().begin(), commonPaths().end());
+    if (scope) paths.insert(paths.end(), scope->paths().begin(), scope->paths().end());
+    return paths;
 }
 
 constexpr std::string_view cut = "...";
@@ -90,10 +101,11 @@ std::optional<std::string> utf8FromPath(std::string_view path)
 std::string utf8FromWords(std::string_view words)
 {
     std::string utf8;
+    const std::vector<std::string_view> paths = expectedPaths();
     while (!words.empty()) {
         std::size_t first = words.size();
         std::size_t length = 0;
-        for (const std::string& path : expectedPaths()) {
+        for (const std::string_view path : paths) {
             const std::size_t at = words.find(path);
             if (at < first || (at == first && path.size() > length)) first = at, length = path.size();
         }
@@ -123,10 +135,39 @@ std::string utf8FromLine(std::string_view line)
     return utf8 + utf8FromWords(line);
 }
 
+/// The end of standard error.
+struct LastLine {
+    std::mutex mutex;
+    std::string status;
+
+    std::string eraser() const
+    {
+        return status.empty() ? std::string() : "\r" + std::string(status.size(), ' ') + "\r";
+    }
+};
+
+LastLine& lastLine()
+{
+    static LastLine line;
+    return line;
+}
+
 void writeBytes(std::string_view line)
 {
     std::fwrite(line.data(), 1, line.size(), stderr);
     if (!line.ends_with('\n')) std::fputc('\n', stderr);
+}
+
+/// At once, so that neither another thread's line nor another program's comes between.
+void writeLine(std::string_view line)
+{
+    LastLine& last = lastLine();
+    const std::lock_guard lock(last.mutex);
+    std::string bytes = last.eraser();
+    bytes += line;
+    if (!line.ends_with('\n')) bytes += '\n';
+    bytes += last.status;
+    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }
 
 } // namespace
@@ -167,8 +208,13 @@ std::string utf8From(std::string_view bytes, const std::string& place)
 
 std::string gbkFrom(std::string_view bytes, const std::string& place)
 {
+    return gbkFromUtf8(utf8From(bytes, place), place);
+}
+
+std::string gbkFromUtf8(std::string_view utf8, const std::string& place)
+{
     std::string gbk;
-    if (!charset::gbkFromUtf8(utf8From(bytes, place), gbk))
+    if (!charset::gbkFromUtf8(utf8, gbk))
         throw Failure(WrongUsage, place + ": text that GBK can write is expected; a character in it has no "
                                           "place there");
     return gbk;
@@ -202,7 +248,29 @@ std::string fromSystemName(std::string_view name)
 
 void expectPath(const std::string& path)
 {
-    if (!path.empty()) expectedPaths().push_back(path);
+    if (!path.empty()) (scope ? scope->paths() : commonPaths()).push_back(path);
+}
+
+MessageScope::MessageScope(std::string name) : name_(std::move(name))
+{
+    scope = this;
+}
+
+MessageScope::~MessageScope()
+{
+    scope = nullptr;
+}
+
+void showStatus(std::string_view line)
+{
+    LastLine& last = lastLine();
+    const std::lock_guard lock(last.mutex);
+    if (line == last.status) return;
+    std::string bytes = last.eraser();
+    bytes += line;
+    last.status = line;
+    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+    std::fflush(stderr);
 }
 
 std::string fromMessage(std::string_view message)
@@ -235,12 +303,19 @@ std::string printed(std::string_view utf8, system::Stream stream)
     return charset::utf8To(sets().file, utf8);
 }
 
+namespace {
+
+std::string printedError(std::string_view line)
+{
+    if (sets().errors == sets().own) return std::string(line);
+    return printed(utf8From(line), system::Stream::Errors);
+}
+
+} // namespace
+
 void writeError(std::string_view line)
 {
-    if (sets().errors == sets().own)
-        writeBytes(line);
-    else
-        writeBytes(printed(utf8From(line), system::Stream::Errors));
+    writeLine(printedError(scope ? fmt::format("{}: {}", scope->name(), line) : std::string(line)));
 }
 
 void showMessage(std::string_view message)

@@ -261,6 +261,7 @@ void askExchange(ScriptSession& session, Inputs& inputs, Form& form)
     constexpr std::size_t results = 4;
     const std::string function = exchangeFunction;
     const CallWatch watch(session.scriptor().getLua(false), function, results);
+    if (!watch.isInstalled()) session.failCall("function", function, "the function cannot be fetched");
     const CadReturn status = session.scriptor().exeLuaUI(inputs.first, inputs.second, inputs.parameters);
     const char* name = nameOf(status);
     const int number = static_cast<int>(status);

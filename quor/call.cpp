@@ -74,6 +74,7 @@ Called called(const CallOptions& options)
     std::vector<quorlua::CallItem> items = arguments.items();
     results.addTo(items);
     const CallWatch watch(L, called.function, format.results.size());
+    if (!watch.isInstalled()) session.failCall("function", called.function, "the function cannot be fetched");
     const bool done = quorlua::callLuaItems(L, called.function.c_str(), format.text().c_str(), items.data());
     if (!watch.returned()) session.failCall("function", called.function, "the function raised an error");
     if (!done)

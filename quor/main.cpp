@@ -38,6 +38,7 @@ int run(int count, char** arguments)
     program.allow_windows_style_options(false); // "/valves/gate.lua" is a path
     program.require_subcommand(0, 1);           // a later argument is never taken for another subcommand
     quor::addAsk(program, action);
+    quor::addBatch(program, action);
     quor::addCall(program, action);
     quor::addConfig(program, action);
     quor::addDraw(program, action);
@@ -63,6 +64,8 @@ int main(int count, char** arguments)
 {
     try {
         return run(count, arguments);
+    } catch (const quor::Ended& ended) {
+        return ended.exitCode;
     } catch (const quor::Failure& failure) {
         quor::terminal::say("quor: {}", failure.what());
         return failure.exitCode();

@@ -3,6 +3,7 @@
 #include "Limits.h"
 #include "Modules.h"
 #include "Safeguards.h"
+#include "StateTrust.h"
 #include "Untrusted.h"
 
 #include <QuorCommon/QuorSystem.h>
@@ -57,16 +58,18 @@ void openLibraries(lua_State* L)
     if (quorlua::limits::hasTimeLimit(L)) quorlua::keepHook(L);
 }
 
-/// Leaves the "glib" table as the one result: it stays the stack's bottom value.
+/// Leaves the "glib" table as the one result: it stays the stack's bottom value. The collector stays stopped
+/// until the state is complete: before, there is next to nothing for it to collect.
 int openBuiltIns(lua_State* L, const SearchPaths& paths)
 {
+    lua_gc(L, LUA_GCSTOP, 0);
     openLibraries(L);
     luaL_register(L, "glib", quorlua::getGlibRegFuncForLua());
     const int glib = lua_gettop(L);
     if (*paths.bin) quorlua::addPath(L, paths.bin);
     if (*paths.utils) quorlua::addPath(L, paths.utils);
     quorlua::addPath(L, paths.platformScripts.c_str());
-    quorlua::addCPath(L, paths.platformBinaries.c_str());
+    if (!quorlua::limits::isUntrusted(L)) quorlua::addCPath(L, paths.platformBinaries.c_str());
     registerTextStyle(L);
     lua_settop(L, glib);
     return 1;
@@ -113,10 +116,12 @@ QuorGlibScriptor& QuorGlibScriptor::operator=(const QuorGlibScriptor& other) = d
 
 void QuorGlibScriptor::initLua()
 {
-    if (state_) quorlua::limits::closeState(state_);
+    if (quorlua::isRunning(state_)) return;
+    if (state_) quorlua::closeForGood(state_, baseTop_);
+    const bool untrusted = baseTop_ == quorlua::untrustedBefore;
     state_ = luaL_newstate();
     if (!state_) return;
-    if (!quorlua::limits::limitNewState(state_)) {
+    if (!quorlua::limits::limitNewState(state_, untrusted)) {
         lua_close(state_);
         state_ = nullptr;
         return;
@@ -142,7 +147,9 @@ void QuorGlibScriptor::initLua()
                        lua_pushlightuserdata(frame, this);
                        lua_pushcclosure(frame, getLuaFile, 1);
                        lua_setglobal(frame, "mirt_get_luafile");
+                       quorlua::guardCallbacks(frame);
                        lua_tinker::init(frame);
+                       lua_gc(frame, LUA_GCRESTART, 0);
                        return 0;
                    });
     } catch (const std::exception&) {
@@ -150,8 +157,7 @@ void QuorGlibScriptor::initLua()
     }
     if (complete) return;
     // Half a state is of no use to a script.
-    quorlua::limits::closeState(state_);
-    state_ = nullptr;
+    quorlua::closeForGood(state_, baseTop_);
 }
 
 void QuorGlibScriptor::addLib(const char* name, const luaL_Reg* list) const

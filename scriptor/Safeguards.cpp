@@ -4,26 +4,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 
 namespace quorlua {
 namespace {
-
-/// What has to be left when a native function starts that calls the script again: more than the deepest
-/// recursion that the interpreter itself allows takes, for nested functions in its parser: 165 KB, of LuaJIT
-/// 200 KB.
-#if defined(LUAJIT_VERSION)
-constexpr std::size_t reserve = std::size_t{256} * 1024;
-#else
-constexpr std::size_t reserve = std::size_t{200} * 1024;
-#endif
-
-bool leavesRoom(std::size_t needed)
-{
-    const NativeStack stack = nativeStack();
-    // On a smaller stack the first few calls must do all the same.
-    return stack.left >= std::min(reserve, stack.size / 4 * 3) + needed;
-}
 
 /// As the interpreter's own, which loses the number of results where that overflows. [-0, +n, v]
 int unpack(lua_State* L)
@@ -122,22 +105,38 @@ int gsub(lua_State* L)
     return callOriginal(L);
 }
 
-constexpr luaL_Reg guarded[] = {
-    {"find", find}, {"match", match}, {"gmatch", gmatch}, {"gfind", gmatch}, {"gsub", gsub}};
+/// What calls the script with much of the stack in use, or lets the collector run within a finalizer: each
+/// may be in a function then that has a buffer of 8 KB. [-0, +n, e]
+int callback(lua_State* L)
+{
+    return leavesRoom(0) ? callOriginal(L) : luaL_error(L, "C stack overflow");
+}
+
+struct Guarded {
+    const char* library;
+    const char* name;
+    lua_CFunction function;
+};
+
+constexpr Guarded guarded[] = {
+    {"string", "find", find},           {"string", "match", match}, {"string", "gmatch", gmatch},
+    {"string", "gfind", gmatch},        {"string", "gsub", gsub},   {"_G", "load", callback},
+    {"_G", "collectgarbage", callback},
+};
 
 void guardLibraries(lua_State* L)
 {
-    lua_getglobal(L, "string");
-    for (const auto& [name, function] : guarded) {
+    for (const auto& [library, name, function] : guarded) {
+        lua_getglobal(L, library);
         lua_getfield(L, -1, name);
-        if (!lua_iscfunction(L, -1)) {
+        if (lua_iscfunction(L, -1)) {
+            lua_pushcclosure(L, function, 1);
+            lua_setfield(L, -2, name);
             lua_pop(L, 1);
-            continue;
+        } else {
+            lua_pop(L, 2);
         }
-        lua_pushcclosure(L, function, 1);
-        lua_setfield(L, -2, name);
     }
-    lua_pop(L, 1);
 }
 
 #else
@@ -162,14 +161,26 @@ constexpr char guarding[] = R"(
             return original(...)
         end
     end
-    for library, names in pairs {
-        [string] = { 'gsub' }, [table] = { 'sort' }, [coroutine] = { 'resume' },
-        [_G] = { 'load', 'loadstring', 'print', 'require', 'collectgarbage', 'dofile' },
-    } do
-        for _, name in ipairs(names) do library[name] = guarded(library[name]) end
+    local function guard(library, ...)
+        for _, name in ipairs {...} do
+            if library[name] then library[name] = guarded(library[name]) end
+        end
     end
+    guard(string, 'format', 'gsub')
+    guard(table, 'sort')
+    guard(os, 'time')
+    guard(coroutine, 'resume')
+    guard(_G, 'load', 'loadstring', 'print', 'require', 'module', 'collectgarbage', 'dofile')
     local wrap = coroutine.wrap
-    coroutine.wrap = function(body) return guarded(wrap(body)) end)";
+    coroutine.wrap = function(body) return guarded(wrap(body)) end
+    local open, metatable = package.preload['string.buffer'], debug and debug.getmetatable
+    if open and metatable then
+        package.preload['string.buffer'] = function(...)
+            local library = open(...)
+            guard(metatable(library.new()).__index, 'put', 'putf')
+            return library
+        end
+    end)";
 
 void guardLibraries(lua_State* L)
 {
@@ -207,7 +218,17 @@ void installSafeguards(lua_State* L)
 {
     lua_pushcfunction(L, unpack);
     lua_setglobal(L, "unpack");
+#if !defined(LUAJIT_VERSION)
     guardLibraries(L);
+#endif
+    nativeStack();
+}
+
+void guardCallbacks([[maybe_unused]] lua_State* L)
+{
+#if defined(LUAJIT_VERSION)
+    guardLibraries(L);
+#endif
 }
 
 void keepHook(lua_State* L)

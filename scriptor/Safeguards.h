@@ -11,10 +11,14 @@ namespace quorlua {
 /// - patterns with so many repetitions that matching them uses up the processor's stack: "pattern too
 ///   complex";
 /// - native functions that call the script, which calls them again, until that stack is used up: "C stack
-///   overflow". The interpreter bounds their depth, but `string.gsub` takes 9 KB for each; LuaJIT has no
-///   bound.
+///   overflow". The interpreter bounds their depth, but `string.gsub` takes 9 KB for each, and so does any
+///   function with a buffer in which a finalizer runs; of LuaJIT see `guardCallbacks`.
 /// [-0, +0, m]
 void installSafeguards(lua_State* L);
+
+/// The last of these on LuaJIT, which has no bound: for the library's functions, and those that the host has
+/// put in their places. [-0, +0, e]
+void guardCallbacks(lua_State* L);
 
 /// Lets no script take away the hook of the time limit, or have code compiled that calls no hook. [-0, +0, m]
 void keepHook(lua_State* L);

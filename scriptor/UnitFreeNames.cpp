@@ -1,5 +1,6 @@
 #include "UnitFreeNames.h"
 
+#include "Budget.h"
 #include "Guard.h"
 #include "Values.h"
 
@@ -28,7 +29,9 @@ void UnitFreeNames::collect(lua_State* L, const char* list)
     });
     if (!fetched || !lua_istable(L, -1)) return;
     const int table = lua_gettop(L);
+    Budget budget(L);
     for (lua_pushnil(L); lua_next(L, table) != 0; lua_pop(L, 1)) {
+        if (!budget.takeEntry(values::textSize(L, -1))) return;
         if (lua_type(L, -1) == LUA_TSTRING) names_.emplace(lua_tostring(L, -1));
         if (lua_type(L, -1) == LUA_TNUMBER) names_.insert(numberText(lua_tonumber(L, -1)));
     }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <lua.hpp>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace quorlua {
 
@@ -24,7 +25,12 @@ public:
 private:
     void collect(lua_State* L, const char* list);
 
-    std::set<std::string, std::less<>> names_;
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+    };
+
+    std::unordered_set<std::string, Hash, std::equal_to<>> names_;
 };
 
 } // namespace quorlua

@@ -4,12 +4,12 @@
 
 #include <QuorCommon/QuorSystem.h>
 #include <QuorPureScriptor/lua_tinker.h>
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
 #include <string_view>
 
 namespace quorlua {
@@ -55,9 +55,9 @@ int load(lua_State* L)
     luaL_checktype(L, 1, LUA_TFUNCTION);
     const char* name = luaL_optstring(L, 2, "=(load)");
     lua_settop(L, 2);
-    luaL_Buffer text;
     lua_newtable(L);
     int pieces = 0;
+    std::size_t size = 0;
     for (;;) {
         lua_pushvalue(L, 1);
         if (lua_pcall(L, 0, 1, 0) != 0) {
@@ -71,18 +71,24 @@ int load(lua_State* L)
             lua_pushliteral(L, "reader function must return a string");
             return 2;
         }
-        if (lua_objlen(L, -1) == 0) break;
+        const std::size_t length = lua_objlen(L, -1); // a number is a text from here on
+        if (length == 0) break;
+        size += length;
         lua_rawseti(L, 3, ++pieces);
     }
-    luaL_buffinit(L, &text);
+    // No buffer of the interpreter's: it would take 8 KB of the stack while the function above calls the
+    // script.
+    auto* text = static_cast<char*>(lua_newuserdata(L, size));
+    std::size_t at = 0;
     for (int i = 1; i <= pieces; ++i) {
         lua_rawgeti(L, 3, i);
-        luaL_addvalue(&text);
+        std::size_t length = 0;
+        const char* bytes = lua_tolstring(L, -1, &length);
+        std::memcpy(text + at, bytes, length);
+        at += length;
+        lua_pop(L, 1);
     }
-    luaL_pushresult(&text);
-    std::size_t size = 0;
-    const char* bytes = lua_tolstring(L, -1, &size);
-    return loadText(L, bytes, size, name);
+    return loadText(L, text, size, name);
 }
 
 bool isBelow(const fs::path& file, const char* folder)
@@ -94,61 +100,88 @@ bool isBelow(const fs::path& file, const char* folder)
     return !relative.empty() && *relative.begin() != "..";
 }
 
-/// A file's bytes, when it lies in the installation or in the project, wherever links lead.
-bool readConfined(const char* path, std::string& bytes)
+/// The real path of a file that lies in the installation or in the project, wherever links lead; else none.
+fs::path confined(const char* path)
 {
     std::error_code error;
     const fs::path file = fs::canonical(systemPath(path), error);
-    if (error || !fs::is_regular_file(file, error)) return false;
-    if (!isBelow(file, QuorSystem::quorEnv()) && !isBelow(file, QuorSystem::getCurrentProjPath()))
-        return false;
-    std::ifstream opened(file, std::ios::binary);
-    if (!opened) return false;
-    bytes.assign(std::istreambuf_iterator<char>(opened), {});
-    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) bytes.erase(0, 3);
-    // The line's end stays, so that lines keep their numbers.
-    if (!bytes.empty() && bytes[0] == '#') bytes.erase(0, bytes.find('\n'));
-    return !opened.bad();
+    if (error || !fs::is_regular_file(file, error)) return {};
+    const bool isInside =
+        isBelow(file, QuorSystem::quorEnv()) || isBelow(file, QuorSystem::getCurrentProjPath());
+    return isInside ? file : fs::path();
 }
 
-/// Pushes the bytes of a file; false, with nothing pushed, when it may not be read. [-0, +(0|1), m]
-bool pushConfined(lua_State* L, const char* path)
+/// The length of such a file, -1 when it may not be read. Raises nothing, and leaves no object of the C++
+/// library in the frame of its caller, which an error may cross.
+long long sizeOfConfined(const char* path)
 {
-    // No object of the C++ library may be in a frame that an error crosses: the first pass is for the length.
-    static constexpr auto read = [](const char* from, char* to, std::size_t room) -> long long {
-        try {
-            std::string bytes;
-            if (!readConfined(from, bytes)) return -1;
-            if (to) bytes.copy(to, room);
-            return static_cast<long long>(bytes.size());
-        } catch (const std::exception&) {
-            return -1;
-        }
-    };
-    const long long size = read(path, nullptr, 0);
+    try {
+        const fs::path file = confined(path);
+        std::error_code error;
+        const std::uintmax_t size = file.empty() ? 0 : fs::file_size(file, error);
+        return file.empty() || error ? -1 : static_cast<long long>(size);
+    } catch (const std::exception&) {
+        return -1;
+    }
+}
+
+/// Reads the first bytes of such a file; how many there were, -1 when it may not be read. Likewise.
+long long readConfined(const char* path, char* bytes, long long size)
+{
+    try {
+        const fs::path file = confined(path);
+        if (file.empty()) return -1;
+        std::ifstream opened(file, std::ios::binary);
+        if (!opened) return -1;
+        opened.read(bytes, static_cast<std::streamsize>(size));
+        return opened.bad() ? -1 : static_cast<long long>(opened.gcount());
+    } catch (const std::exception&) {
+        return -1;
+    }
+}
+
+struct Source {
+    const char* bytes;
+    std::size_t size;
+};
+
+/// Without a byte order mark and a first line that begins with '#'; that line's end stays, so that lines keep
+/// their numbers.
+Source chunkIn(Source text)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    std::string_view rest(text.bytes, text.size);
+    if (rest.substr(0, mark.size()) == mark) rest.remove_prefix(mark.size());
+    if (!rest.empty() && rest[0] == '#') rest.remove_prefix(std::min(rest.find('\n'), rest.size()));
+    return {rest.data(), rest.size()};
+}
+
+/// Pushes a block with the bytes of a file; false, with nothing pushed, when it may not be read. A file that
+/// is larger than the state may become ends by an error of memory before it is read. [-0, +(0|1), m]
+bool pushConfined(lua_State* L, const char* path, Source& source)
+{
+    const long long size = sizeOfConfined(path);
     if (size < 0) return false;
-    auto* block = static_cast<char*>(lua_newuserdata(L, static_cast<std::size_t>(size) + 1));
-    const long long again = read(path, block, static_cast<std::size_t>(size));
-    if (again < 0 || again > size) {
+    auto* block = static_cast<char*>(lua_newuserdata(L, static_cast<std::size_t>(size)));
+    const long long length = readConfined(path, block, size);
+    if (length < 0) {
         lua_pop(L, 1);
         return false;
     }
-    lua_pushlstring(L, block, static_cast<std::size_t>(again));
-    lua_remove(L, -2);
+    source = chunkIn({block, static_cast<std::size_t>(length)});
     return true;
 }
 
 /// Loads a file; on failure nil and a message. [-0, +(1|2), e]
 int loadConfined(lua_State* L, const char* path)
 {
-    if (!pushConfined(L, path)) {
+    Source source{};
+    if (!pushConfined(L, path, source)) {
         lua_pushnil(L);
         lua_pushfstring(L, "cannot open %s: no file of the installation or the project", path);
         return 2;
     }
-    std::size_t size = 0;
-    const char* bytes = lua_tolstring(L, -1, &size);
-    return loadText(L, bytes, size, lua_pushfstring(L, "@%s", path));
+    return loadText(L, source.bytes, source.size, lua_pushfstring(L, "@%s", path));
 }
 
 /// `loadfile(path)`. [-0, +(1|2), e]
@@ -189,10 +222,9 @@ int findModule(lua_State* L)
         lua_pushlstring(L, patterns, length);
         const char* path = luaL_gsub(L, lua_tostring(L, -1), "?", file);
         const int top = lua_gettop(L);
-        if (pushConfined(L, path)) {
-            std::size_t size = 0;
-            const char* bytes = lua_tolstring(L, -1, &size);
-            if (loadText(L, bytes, size, lua_pushfstring(L, "@%s", path)) == 1) return 1;
+        Source source{};
+        if (pushConfined(L, path, source)) {
+            if (loadText(L, source.bytes, source.size, lua_pushfstring(L, "@%s", path)) == 1) return 1;
             return luaL_error(L, "error loading module '%s' from file '%s':\n\t%s", name, path,
                               lua_tostring(L, -1));
         }
@@ -236,6 +268,33 @@ void open(lua_State* L, const char* name, lua_CFunction library)
     lua_call(L, 1, 0);
 }
 
+#if defined(LUAJIT_VERSION)
+
+/// Takes away what scripts can open by `require`, and what the engine opens for a literal like `1LL`: that
+/// registers itself, but only the first time. It stays in the registry, since the engine itself goes on to
+/// use what hangs on it. [-0, +0, m]
+void hideForeignFunctions(lua_State* L)
+{
+    constexpr int key = -0x51553105;
+    lua_pushcfunction(L, luaopen_ffi);
+    lua_call(L, 0, 1);
+    lua_rawseti(L, LUA_REGISTRYINDEX, key);
+    lua_getfield(L, LUA_REGISTRYINDEX, "_LOADED");
+    lua_pushnil(L);
+    lua_setfield(L, -2, LUA_FFILIBNAME);
+    lua_getglobal(L, LUA_LOADLIBNAME);
+    lua_getfield(L, -1, "preload");
+    for (lua_pushnil(L); lua_next(L, -2) != 0;) {
+        lua_pop(L, 1);
+        lua_pushvalue(L, -1);
+        lua_pushnil(L);
+        lua_rawset(L, -4); // a field that is there may be cleared within a traversal
+    }
+    lua_pop(L, 3);
+}
+
+#endif
+
 constexpr luaL_Reg replaced[] = {{"load", load},
                                  {"loadstring", loadString},
                                  {"loadfile", loadFile},
@@ -255,6 +314,7 @@ void openUntrustedLibraries(lua_State* L)
     open(L, LUA_OSLIBNAME, luaopen_os);
 #if defined(LUAJIT_VERSION)
     open(L, LUA_BITLIBNAME, luaopen_bit);
+    hideForeignFunctions(L);
 #endif
     keepOnly(L, LUA_OSLIBNAME, ofSystem);
     keepOnly(L, LUA_LOADLIBNAME, ofPackage);

@@ -1,6 +1,7 @@
 #include "Context.h"
 #include "KeptBlocks.h"
 #include "Limits.h"
+#include "StateTrust.h"
 #include "duplicateText.h"
 
 #include <QuorCommon/quorsys.h>
@@ -55,6 +56,14 @@ GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* c
     return reportLoaded(L, callback);
 }
 
+/// The failure of a file that was loaded and is no longer, since its state is gone: whenever it is asked for
+/// again it counts as changed.
+GlibStatus failWithoutState(long long& modificationTime)
+{
+    modificationTime = 0;
+    return GlibStatus::ScriptFailed;
+}
+
 constexpr int recreateBit = 1;
 constexpr int skipUnchangedBit = 2;
 
@@ -69,7 +78,9 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
     if (fileName_ && std::strcmp(fileName_, file) == 0) {
         lastStatus_ = GlibStatus::Ok;
         if (isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
+        if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
         if (recreate) initLua();
+        if (!state_) return lastStatus_ = failWithoutState(modificationTime_);
     } else {
         char* name = makeFileName(file);
         if (!name) return lastStatus_ = GlibStatus::ScriptFailed;
@@ -86,12 +97,15 @@ GlibStatus QuorGlibScriptor::loadFile(const char* file, bool recreate)
 
 GlibStatus QuorGlibScriptor::reloadLua(int bits)
 {
-    if (!fileName_ || !*fileName_) return GlibStatus::ScriptFailed;
+    if (!fileName_) return GlibStatus::ScriptFailed;
     long long time = 0;
     if (!quorsys::fileModificationTime(fileName_, time)) return lastStatus_ = GlibStatus::FileNotExamined;
     quorlua::currentContext().reset();
     if ((bits & skipUnchangedBit) != 0 && isUnchanged(modificationTime_, time)) return GlibStatus::Ok;
-    if ((bits & recreateBit) != 0) initLua();
+    const bool recreate = (bits & recreateBit) != 0;
+    if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
+    if (recreate) initLua();
+    if (!state_) return lastStatus_ = failWithoutState(modificationTime_);
     modificationTime_ = time;
     return lastStatus_ = runFile(state_, fileName_, loadFileCallback_);
 }
@@ -102,11 +116,11 @@ GlibStatus QuorGlibScriptor::loadBuffer(const quor_binary& buffer, long long tim
     if (fileName_) return GlibStatus::BufferRefused;
     quorlua::currentContext().reset();
     if (isUnchanged(modificationTime_, timeStamp)) return GlibStatus::Ok;
+    if (recreate && quorlua::isRunning(state_)) return lastStatus_ = GlibStatus::ScriptFailed;
     if (recreate) initLua();
     if (!state_) return lastStatus_ = GlibStatus::ScriptFailed;
     if (!runBuffer(state_, buffer)) {
-        quorlua::limits::closeState(state_);
-        state_ = nullptr;
+        if (!quorlua::isRunning(state_)) quorlua::closeForGood(state_, baseTop_);
         return lastStatus_ = GlibStatus::ScriptFailed;
     }
     modificationTime_ = timeStamp;

@@ -1,3 +1,4 @@
+#include "Budget.h"
 #include "Guard.h"
 #include "UnitFreeNames.h"
 #include "Values.h"
@@ -116,12 +117,14 @@ std::string keyText(lua_State* L, int index)
     return std::string(text, size);
 }
 
-/// Reads {note, value} at an absolute index into a record; false when the note is no string.
-bool readNoted(lua_State* L, int index, KVParams& record)
+/// Reads {note, value} at an absolute index into a record; false when the note is no string, or when the
+/// texts are beyond the budget.
+bool readNoted(lua_State* L, int index, KVParams& record, quorlua::Budget& budget)
 {
     lua_rawgeti(L, index, 1);
     lua_rawgeti(L, index, 2); // [-2] note, [-1] value
-    const bool noted = lua_type(L, -2) == LUA_TSTRING;
+    const std::size_t texts = values::textSize(L, -2) + values::textSize(L, -1);
+    const bool noted = lua_type(L, -2) == LUA_TSTRING && budget.takeEntry(sizeof record + texts);
     if (noted) {
         record.note = keyText(L, -2);
         if (lua_type(L, -1) == LUA_TNUMBER) record.value = KVValue::ofDouble(lua_tonumber(L, -1));
@@ -133,11 +136,12 @@ bool readNoted(lua_State* L, int index, KVParams& record)
 
 GlibStatus readNotes(lua_State* L, int table, std::vector<KVParams>& records)
 {
+    quorlua::Budget budget(L);
     for (lua_pushnil(L); lua_next(L, table) != 0; lua_pop(L, 1)) {
         KVParams record;
         record.key = keyText(L, -2);
         if (lua_istable(L, -1)) {
-            if (!readNoted(L, lua_gettop(L), record)) return GlibStatus::ScriptFailed;
+            if (!readNoted(L, lua_gettop(L), record, budget)) return GlibStatus::ScriptFailed;
             records.push_back(std::move(record));
         } else if (record.key != "angle") {
             return GlibStatus::ScriptFailed;

@@ -34,7 +34,9 @@ GlibStatus callSegment(lua_State* L, const char* segment, Callable wanted, int r
     const int top = lua_gettop(L);
     bool missing = false;
     bool called = false;
+    bool hasRoom = false;
     if (guard::reserve(L, values::readerSlots) && guard::pushHandler(L)) {
+        hasRoom = true;
         const int handed = slot != 0 ? 1 : 0;
         if (handed != 0) lua_pushvalue(L, slot);
         called = guard::run(L, handed, top + 1, [&missing, segment, wanted, results, push](lua_State* frame) {
@@ -50,6 +52,7 @@ GlibStatus callSegment(lua_State* L, const char* segment, Callable wanted, int r
     if (called && !missing) return GlibStatus::Ok;
     lua_settop(L, top);
     if (missing) return GlibStatus::SegmentMissing;
+    if (!hasRoom) lua_tinker::print_error(L, "no room on the stack to call `%s'", segment);
     quorlua::setLastError(segmentFailedCode, quorlua::messages::segmentFailed, segment);
     return GlibStatus::ScriptFailed;
 }
@@ -64,6 +67,7 @@ GlibStatus callPlain(lua_State* L, const char* segment, int results)
 template<class Push>
 GlibStatus callLeavingResult(lua_State* L, const char* segment, Callable wanted, int slot, Push push)
 {
+    const limits::Operation operation(L);
     const GlibStatus status = callSegment(L, segment, wanted, 1, slot, push);
     if (status == GlibStatus::Ok) lua_remove(L, -2);
     return status;

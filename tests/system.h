@@ -95,6 +95,19 @@ unsigned int threadId();
 /// none.
 bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data);
 
+/// As long as it lives, the process can have a few files open at once, where the system tells of a stack
+/// through one.
+class FewFiles {
+public:
+    FewFiles();
+    ~FewFiles();
+    FewFiles(const FewFiles&) = delete;
+    FewFiles& operator=(const FewFiles&) = delete;
+
+private:
+    [[maybe_unused]] unsigned long long before_ = 0;
+};
+
 /// What tells the locale that the C library uses on this thread from any other.
 const void* threadLocale();
 

@@ -55,7 +55,8 @@ public:
     // The state and its libraries
 
     /// Makes the state anew: everything the old one held is gone, parameters, functor and text style globals
-    /// included. When memory does not suffice there is no state afterwards.
+    /// included. When memory does not suffice there is no state afterwards. While a function runs in the
+    /// state it stays as it is: a native function that a script calls cannot take the ground from under it.
     void initLua();
     /// Opens a list of functions as a library of that name in this state.
     void addLib(const char* name, const luaL_Reg* list) const;
@@ -72,11 +73,13 @@ public:
     /// Loads and runs a script file. The file loaded before is run again only when its time moved by five
     /// seconds or more (Ok otherwise), in a new state if `recreate`; another file always runs in the state as
     /// it is, over what the first one defined. InvalidArgument: null path. FileNotExamined: no such file.
-    /// ScriptFailed: it could not be read, compiled or run; the state keeps what a partial run defined.
+    /// ScriptFailed: it could not be read, compiled or run; the state keeps what a partial run defined. So it
+    /// is, too, when a function that runs in the state asks for a new one. A file that could not be run again
+    /// because there is no state counts as changed from then on, and its time is 0.
     Quor::GlibStatus loadFile(const char* file, bool recreate);
     /// Runs a script or precompiled chunk from memory; `timeStamp` (seconds) plays the part of the file's
     /// time. InvalidArgument: no data. BufferRefused: a file is loaded. ScriptFailed: it could not be run,
-    /// and the state is gone until the next `initLua`.
+    /// and the state is gone until the next `initLua`, unless a function runs in it.
     Quor::GlibStatus loadBuffer(const quor_binary& buffer, long long timeStamp, bool recreate);
     /// Runs the loaded file again. Bit 1: in a new state; bit 2: only when its time moved by five seconds or
     /// more. ScriptFailed also when no file is loaded.
@@ -116,7 +119,8 @@ public:
     /// `getParams_note` on "param".
     Quor::GlibStatus getParams(std::vector<KVParams>& records);
     /// Appends the entries of a table of {note, value} arrays. InvalidArgument: no name. TableMissing.
-    /// ScriptFailed: an entry of another shape; what was read before it stays appended.
+    /// ScriptFailed: an entry of another shape, or more than 1 GiB of records and texts; what was read before
+    /// it stays appended.
     Quor::GlibStatus getParams_note(const char* table, std::vector<KVParams>& records);
     /// Appends the key/value pairs of a table. TableMissing.
     Quor::GlibStatus getParams_std(const char* table, std::vector<KVParams>& records);

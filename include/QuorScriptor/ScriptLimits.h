@@ -24,9 +24,15 @@
 /// Afterwards a state is as after any other script error: what the script had done so far stays, and the
 /// next operation has all of its time again.
 ///
+/// A host that runs a script's code itself, by Lua's own functions, makes that an operation by a
+/// `ScriptOperation` around it.
+///
 /// Cost: with a time limit the interpreter counts instructions, which makes scripts up to two fifths slower,
 /// and LuaJIT compiles nothing in such a state (its compiled loops count nothing). A memory limit costs a few
 /// nanoseconds for each request. Without any limit nothing is added but one test per operation.
+///
+/// The limits lie in the state's allocator, as `lua_getallocf` gives it: a host that puts another one in its
+/// place, or around it, takes the limits and the distrust away, and puts it back before the state is closed.
 ///
 /// The one debug hook of a state belongs to its time limit: `debug.sethook` raises an error there. A host's
 /// debugger or coverage tool may set a hook of its own with `lua_sethook`; it then calls `checkScriptLimits`
@@ -49,8 +55,9 @@ struct ScriptLimits {
 enum class LimitReached : int { None = 0, Time = 1, Memory = 2 };
 
 /// Sets the limits of all states that the library makes from now on, on every thread: those of scriptors, of
-/// configuration scripts and of the serializer. States that are there keep theirs. To be set up like modules,
-/// before other threads use the library.
+/// configuration scripts and of the serializer. States that are there keep theirs; a scriptor whose state was
+/// untrusted gets no other one when it makes its state anew. To be set up like modules, before other threads
+/// use the library.
 QUORSCRIPTOR_API void limitNewStates(const ScriptLimits& wanted);
 
 /// Which limit scripts have met on this thread since it was asked last; the time limit, if they met both. A
@@ -60,5 +67,19 @@ QUORSCRIPTOR_API LimitReached takeLimitReached();
 /// For a hook of the host's: raises the error of the time limit when it is over; in a state without one, and
 /// outside of operations, it does nothing. [-0, +0, e]
 QUORSCRIPTOR_API void checkScriptLimits(lua_State* L);
+
+/// An operation of the host's own on a state, for as long as it lives; within another one it is part of that.
+/// It lives in a frame that no Lua error crosses, and ends before its state is closed. A null state has none.
+/// [-0, +0, -]
+class QUORSCRIPTOR_API ScriptOperation {
+public:
+    explicit ScriptOperation(lua_State* L);
+    ~ScriptOperation();
+    ScriptOperation(const ScriptOperation&) = delete;
+    ScriptOperation& operator=(const ScriptOperation&) = delete;
+
+private:
+    void* limiter_;
+};
 
 } // namespace quorlua

@@ -66,7 +66,7 @@ QUORSCRIPTOR_API void setMatrix(lua_tinker::table& table, const KxGeMatrix3D& ma
 /// was.
 QUORSCRIPTOR_API bool getKxGePointArray(lua_State* L, int index, std::vector<KxGePoint3D>& points);
 QUORSCRIPTOR_API bool getKxDbObjectIdArray(lua_State* L, int index, std::vector<KxDbObjectId>& ids);
-/// A text ends at its first NUL.
+/// A text ends at its first NUL. Texts beyond 1 GiB in all are passed over.
 QUORSCRIPTOR_API bool getStringArray(lua_State* L, int index, std::vector<std::string>& texts);
 
 /// Array writers: store element i at key i+1 of the existing table.

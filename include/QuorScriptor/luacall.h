@@ -19,7 +19,8 @@
 /// Results: one that is of another type than its letter accepts is passed over, its output untouched. 's' and
 /// 'y' hand out blocks that the caller frees with `free`; 't' a `lua_tinker::table` that the caller deletes.
 /// 'c' and 't' keep the result's slot, and those below it, on the stack until the caller clears them. When
-/// all results are nil, or a byte is no result letter, the call is false.
+/// all results are nil, or a byte is no result letter, the call is false. Of a list of lists, of records or
+/// of texts what was made before 67,108,864 entries in all, or 1 GiB, is read.
 ///
 /// In a variable argument list a `lua_tinker::table` is passed as its handle (`table.handle()`).
 namespace quorlua {

@@ -17,8 +17,10 @@ namespace quorlua {
 /// Messages about records of the kinds that report are shown when all records have been taken.
 ///
 /// Returns InvalidArgument when there is no state or the value is no table, else Ok, with what was built so
-/// far when memory ran out. The table itself may be of any length. Of its groups, those more than 1,024 deep
-/// and the records beyond 2,097,152 in one call are passed over.
+/// far when memory, or a time limit, ran out. The table itself may be of any length. Of its groups, those
+/// more than 1,024 deep and the records beyond 2,097,152 in one call are passed over; and so are, in one
+/// call, records with lists beyond 67,108,864 entries in all, or with lists and texts beyond 1 GiB. The
+/// current material and line type count as texts of each primitive that they are stamped on.
 /// [-0, +0, -]
 QUORSCRIPTOR_API Quor::GlibStatus parse_primary_byidx(lua_State* L, int index,
                                                       std::vector<QuorPrimary*>& out);

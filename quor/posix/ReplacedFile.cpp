@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,13 +18,13 @@ namespace fs = std::filesystem;
     throw Refused(std::strerror(reason));
 }
 
-/// The permissions of a new file, which `mkstemp` keeps to the owner.
-mode_t usualMode()
-{
+/// The permissions of a new file, which `mkstemp` keeps to the owner. To be known before threads start:
+/// asking changes them for a moment.
+const mode_t usualMode = [] {
     const mode_t mask = umask(0);
     umask(mask);
-    return 0666 & ~mask;
-}
+    return static_cast<mode_t>(0666 & ~mask);
+}();
 
 /// The file that a path leads to through links, also where there is none yet. Of links that lead in a circle,
 /// one of them.
@@ -58,9 +59,9 @@ std::FILE* openBeside(const std::string& file, std::string& temporary)
     const bool replaces = stat(file.c_str(), &before) == 0;
     if (replaces && access(file.c_str(), W_OK) != 0) refuse(errno);
     std::string name = file + ".XXXXXX";
-    const int descriptor = mkstemp(name.data());
+    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0) refuse(errno);
-    fchmod(descriptor, replaces ? before.st_mode & 0777 : usualMode());
+    fchmod(descriptor, replaces ? before.st_mode & 0777 : usualMode);
     std::FILE* opened = fdopen(descriptor, "wb");
     if (!opened) {
         const int reason = errno;

@@ -4,7 +4,9 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <fcntl.h>
 #include <langinfo.h>
+#include <unistd.h>
 
 namespace quor::system {
 
@@ -41,5 +43,20 @@ std::filesystem::path programFile()
 }
 
 void makeStreamsBinary() {}
+
+bool isErrorsTerminal()
+{
+    return isatty(STDERR_FILENO) != 0;
+}
+
+void emptyInput()
+{
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (nothing < 0) return;
+    dup2(nothing, STDIN_FILENO);
+    close(nothing);
+}
+
+const bool ignoresCase = false;
 
 } // namespace quor::system

@@ -2,6 +2,7 @@
 
 #include "WideText.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -86,7 +87,7 @@ std::FILE* openBeside(const std::string& file, std::string& temporary)
         openFile(target, GENERIC_WRITE | DELETE);
     }
     constexpr int mostTries = 100;
-    static DWORD number = GetTickCount() ^ GetCurrentProcessId() << 12;
+    static std::atomic<DWORD> number = GetTickCount() ^ GetCurrentProcessId() << 12;
     int descriptor = -1;
     std::string name;
     for (int tries = 0; descriptor < 0 && tries < mostTries; ++tries) {

@@ -85,4 +85,19 @@ void makeStreamsBinary()
     std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
+bool isErrorsTerminal()
+{
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+void emptyInput()
+{
+    const int nothing = _open("NUL", _O_RDONLY | _O_BINARY);
+    if (nothing < 0) return;
+    _dup2(nothing, _fileno(stdin));
+    _close(nothing);
+}
+
+const bool ignoresCase = true;
+
 } // namespace quor::system

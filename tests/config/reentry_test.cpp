@@ -213,4 +213,16 @@ TEST_F(Reentry, OfTheCollectorLeavesAnswersThatTheScriptHoldsNowhere)
     }
 }
 
+TEST_F(Reentry, OfTheCollectorBehindAMemoryLimitLeavesTheAnswer)
+{
+    constexpr std::size_t megabyte = std::size_t{1} << 20;
+    quorlua::limitNewStates({0, 8 * megabyte, false});
+    ASSERT_TRUE(start("function getProjectUser() pcall(string.rep, 'x', 30000000) return 'made ' .. 1 end"));
+    EXPECT_STREQ(getProjectUserDbPath(), "made 1"); // known from the second question on
+    EXPECT_STREQ(getProjectUserDbPath(), "made 1");
+    quorlua::limitNewStates({});
+    EXPECT_EQ(quorlua::takeLimitReached(), quorlua::LimitReached::Memory);
+    takeFreshSlots();
+}
+
 } // namespace

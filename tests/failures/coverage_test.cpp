@@ -50,6 +50,7 @@ const std::map<std::string, std::string>& exceptions()
         {"quorlua::getGlibRegFuncForLua()", constant},
         {"quorlua::limitNewStates(", constant},
         {"quorlua::takeLimitReached()", constant},
+        {"quorlua::ScriptOperation::", constant},
         {"quorlua::checkScriptLimits(", "defined to raise: a hook of the host's calls it"},
         {"quorlua::requireObjectIdInState(", "defined to raise: its caller works under a protected call"},
         {"quorconfig::TempPermitNull::", constant},

@@ -46,6 +46,17 @@ void pushDrawn(Setting& s)
     lua_getglobal(s.L, "drawn");
 }
 
+/// A call whose result is handed out as a table of the caller's.
+bool callLuaForTable(Setting& s)
+{
+    lua_tinker::table* made = nullptr;
+    const bool called = callLua<">t">(s.L, "plain", &made);
+    const bool isMade = made && made->valid();
+    delete made;
+    lua_settop(s.L, top);
+    return called && isMade;
+}
+
 Seen lookAtPoint(Setting& s)
 {
     return seen(s.point, KxGePoint3D(-1, -1, -1), readPoint);
@@ -235,6 +246,7 @@ std::vector<Operation> marshallingOperations()
         {"quorlua::callLuaFunc(", Says::Little, [](Setting& s) { return callLuaFunc(s.L, "answer", ">irpP", &s.number, &s.text, &s.point, &s.points) && s.points.size() == 2; }, lookAtAnswers},
         {"quorlua::callLuaFunc_gen(", Says::Little, [](Setting& s) { return callGen(s, "answer", ">irpP", &s.number, &s.text, &s.point, &s.points) && s.points.size() == 2; }, lookAtAnswers},
         {"quorlua::callLuaItems(", part, [](Setting& s) { return callLua<"isPSlMBbk>i">(s.L, "probe", 5, "text", threePoints, threeTexts, twoPolylines, twoRecords, twoLists, twoLists, twoPairs, &s.number); }, lookAtNumber},
+        {"quorlua::callLuaItems(", nothing, [](Setting& s) { return callLuaForTable(s); }, lookAtNothing},
         {"quorlua::prepareCallParam(", nothing, [](Setting& s) { return prepareCallParam(s.L, "probe", "iP", 5, &threePoints) == 2; }, lookAtNothing, 3, 1},
         {"quorlua::prepareCallParam_vl(", nothing, [](Setting& s) { return prepareList(s, "iP", 5, &threePoints) == 2; }, lookAtNothing, 2, 0},
         {"quorlua::callLuaFunc1(", Says::Little, [](Setting& s) { return callLuaFunc1(s.L, "answer", 0, "irpP", &s.number, &s.text, &s.point, &s.points) && s.points.size() == 2; }, lookAtAnswers, 4, 4, pushAnswer},

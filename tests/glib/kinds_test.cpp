@@ -268,7 +268,7 @@ TEST_F(Kinds, WhatTheFactoryRefusesIsPassedOver)
     EXPECT_THAT(
         parse("{{2, a, a, 25}, {10, a, 0}, {10, {0/0, 0, 0}, 5}, {32, 'l', 'b', a, {0, 0, 0}, y}, {41, 4, 1, "
               "{a, {0, 0, 0}}}, {19, 1, a, 't', {0, 0, 0}, 1, 2}, {17, a, 5, 1, 2, {0, 0, 0}, 'D', 2}, "
-              "{10, a, 5}}"),
+              "{31, a, z, {0, 0, 0}, 0.5, 0, 90, 2.5}, {10, a, 5}}"),
         ElementsAre("createQuorGraphy3DSphere((1, 2, 3), 5, 12, false)" + plainSolid));
     EXPECT_THAT(alerts, IsEmpty());
 }

@@ -15,10 +15,11 @@ constexpr const char* everything = R"(
         {10, a, 5}, {16, a, b, 'another line type with a name that is too long for that', 2.5},
         {40, {{24, a, x, y, z, 5, line, {line, line}}, {27, {a, b, a}}, {28, 'NET', line, line}}},
         {41, 1}, {31, a}, {32, 'lib', 'block', a, x, y}, {19, 1, a, 'text', 30},
-        {200, {name = 'a text too long to be kept within a string object'}}, {2, a, b, 25, true}}
+        {200, {name = 'a text too long to be kept within a string object'}}, {2, a, b, 25, true},
+        {31, a, z, x, 0.5, 0, 90, 2.5}}
 )";
 
-constexpr std::size_t whole = 9;
+constexpr std::size_t whole = 10;
 
 class Exhausted : public PrimaryState {};
 

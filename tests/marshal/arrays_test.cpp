@@ -186,4 +186,14 @@ TEST_F(Arrays, WithHolesKeepTheOrderOfTheirKeys)
     EXPECT_EQ(texts, (std::vector<std::string>{"a", "b", "c", "d"}));
 }
 
+TEST_F(Arrays, OfManyEntriesAreReadBesideKeysThatAreNoneOfTheirs)
+{
+    run("crowded = {name = 'no', [0] = 'no', [-1] = 'no', [1.5] = 'no', [70000.5] = 'no'}\n"
+        "for i = 1, 70000 do crowded[i] = 'x' end");
+    push("crowded");
+    ASSERT_EQ(lua_objlen(L, 1), 70000u);
+    EXPECT_TRUE(getStringArray(L, 1, texts));
+    EXPECT_EQ(texts, std::vector<std::string>(70000, "x"));
+}
+
 } // namespace

@@ -2,6 +2,7 @@
 #include "marshal_state.h"
 
 #include <QuorMsgHandle/DebugTime.h>
+#include <cstring>
 
 namespace {
 
@@ -57,6 +58,35 @@ TEST_F(Calls, HaveTheSameResultInEveryForm)
     EXPECT_EQ(lua_gettop(L), 0);
 }
 
+TEST_F(Calls, PassWhatTheBufferOfATextHoldsNow)
+{
+    run("function same(text) return text end");
+    char buffer[16];
+    for (const char* text : {"one", "other", "on", "", "one"}) {
+        std::strcpy(buffer, text);
+        std::string answer = "?";
+        EXPECT_TRUE(callLuaFunc(L, "same", "s>r", buffer, &answer));
+        EXPECT_EQ(answer, text);
+    }
+    EXPECT_EQ(lua_gettop(L), 0);
+}
+
+TEST_F(Calls, FindTheFunctionThatBearsTheNameNow)
+{
+    int number = 0;
+    run("function answer() return 1 end");
+    EXPECT_TRUE(callLuaFunc(L, "answer", ">i", &number));
+    run("function answer() return 2 end");
+    EXPECT_TRUE(callLuaFunc(L, "answer", ">i", &number));
+    EXPECT_EQ(number, 2);
+    run("answer = 5");
+    EXPECT_FALSE(callLuaFunc(L, "answer", ">i", &number));
+    run("answer = nil setmetatable(_G, {__index = function() return function() return 3 end end})");
+    EXPECT_TRUE(callLuaFunc(L, "answer", ">i", &number));
+    EXPECT_EQ(number, 3);
+    EXPECT_EQ(lua_gettop(L), 0);
+}
+
 TEST_F(Calls, AdvanceTheListTheyAreGiven)
 {
     run("function same(...) return ... end");
@@ -99,6 +129,7 @@ TEST_F(Calls, WithoutAFunctionOrAFormatAreFalse)
     EXPECT_FALSE(callWithList(nullptr, "count", "i", 1));
     EXPECT_FALSE(callLuaItems(L, "count", nullptr, nullptr));
     EXPECT_FALSE(callLuaItems(nullptr, "count", "", nullptr));
+    EXPECT_FALSE(callLuaItems(L, nullptr, "", nullptr));
     EXPECT_EQ(shown("calls"), "nil");
     EXPECT_EQ(lua_gettop(L), 0);
 }

@@ -135,6 +135,30 @@ TEST_F(FullFrame, RaisesForAFormatLongerThanAnyFrame)
     EXPECT_EQ(shown("calls"), "0");
 }
 
+TEST_F(FullFrame, RaisesForArgumentsThatOnlyTheCallersFrameCouldHold)
+{
+    const std::string format(mostSlots - 5, 'i');
+    const std::vector<CallItem> items(format.size());
+    EXPECT_EQ(
+        runWithFree(mostSlots - 1,
+                    [&](lua_State* state) { callLuaItems(state, "count", format.c_str(), items.data()); }),
+        tooMany);
+    EXPECT_EQ(shown("calls"), "0");
+}
+
+TEST_F(FullFrame, RaisesTooManyArgumentsOfAStartedList)
+{
+    const auto call = [](lua_State* state, const char* format, ...) {
+        va_list items;
+        va_start(items, format);
+        // The list is not ended when an error passes: it holds nothing.
+        callLuaFunc_gen(state, "count", format, items);
+        va_end(items);
+    };
+    EXPECT_EQ(runWithFree(2, [call](lua_State* state) { call(state, "iiii", 1, 2, 3, 4); }), tooMany);
+    EXPECT_EQ(shown("calls"), "0");
+}
+
 TEST_F(FullFrame, HoldsNoMoreResultsThanItCan)
 {
     const std::string format = ">" + std::string(9000, 'i');
@@ -143,6 +167,14 @@ TEST_F(FullFrame, HoldsNoMoreResultsThanItCan)
     for (CallItem& item : items)
         item.address = &output;
     EXPECT_FALSE(callLuaItems(L, "count", format.c_str(), items.data()));
+    EXPECT_EQ(output, 77);
+    EXPECT_EQ(shown("calls"), "0");
+    EXPECT_EQ(lua_gettop(L), 0);
+
+    // More than the frame of the call can hold above arguments that a bad letter makes none of its arguments.
+    std::string bad(8050, 'i');
+    bad[100] = '?';
+    EXPECT_FALSE(callLuaItems(L, "count", bad.c_str(), items.data()));
     EXPECT_EQ(output, 77);
     EXPECT_EQ(shown("calls"), "0");
     EXPECT_EQ(lua_gettop(L), 0);
@@ -194,15 +226,36 @@ TEST_F(FullFrame, FailsToReadAndWriteQuietly)
             setAKxGePoint(state, globals, "written", point);
             setStringArray(state, globals, {"one"});
             EXPECT_FALSE(getQuorPolyDescArray(state, globals, none));
+            std::vector<std::string> texts;
+            read += getStringArray(state, globals, texts) ? 1 : 0;
+            EXPECT_FALSE(getAKxGePoint(state, globals, 1, point));
         };
         EXPECT_EQ(runWithFree(free, host), "") << free;
         if (free == 0) {
             EXPECT_EQ(read + written, 0);
         } else if (free >= 20) {
-            EXPECT_EQ(read + written, 5) << free;
+            EXPECT_EQ(read + written, 6) << free;
         }
     }
     EXPECT_TRUE(alerts.empty());
+}
+
+TEST_F(FullFrame, CallsInTwoStepsAndReadsOrFails)
+{
+    int read = 0;
+    for (int free = 2; free < 32; ++free) {
+        const auto host = [&read](lua_State* state) {
+            ASSERT_TRUE(lua_checkstack(state, 1));
+            lua_getglobal(state, "count");
+            int result = 77;
+            read += callLuaFunc1(state, "count", 0, "i", &result) ? 1 : 0;
+            EXPECT_TRUE(result == 5 || result == 77);
+            lua_pop(state, 1);
+        };
+        EXPECT_EQ(runWithFree(free, host), "") << free;
+    }
+    EXPECT_GT(read, 0);
+    EXPECT_LT(read, 30);
 }
 
 } // namespace

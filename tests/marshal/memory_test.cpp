@@ -9,7 +9,7 @@ using namespace quorlua;
 
 constexpr const char* script = R"(
     function same(...) return ... end
-    function number() return 12 end
+    function number() return 7193 end
     function kept() return {1, 2, 3} end
     function busy() local t = {} for i = 1, 50 do t[i] = 'entry ' .. i end return 5 end
     data = {place = {1, 2, 3}, ids = {1, 2}, texts = {'one', 'two'}}
@@ -95,10 +95,31 @@ TEST_F(OutOfMemory, CallsWithEveryKindOfArgumentAreFalse)
     EXPECT_EQ(first, 5);
 }
 
+TEST_F(OutOfMemory, CallsOfFunctionsThatAMetatableGivesAreFalse)
+{
+    ASSERT_EQ(luaL_dostring(L, R"(
+        setmetatable(_G, {__index = function(globals, name)
+            local all = {}
+            for i = 1, 20 do all[i] = {name} end
+            return rawget(globals, 'same')
+        end})
+    )"),
+              0);
+    int result = 0;
+    untilSuccess([&] { return callLuaFunc(L, "absent", "i>i", 5, &result); });
+    EXPECT_EQ(result, 5);
+}
+
 TEST_F(OutOfMemory, NumbersAreReadAsTextOrNotAtAll)
 {
     std::string text;
-    untilSuccess([&] { return callLuaFunc(L, "number", ">r", &text) && text == "12"; });
+    const auto read = [&] {
+        text.clear();
+        return callLuaFunc(L, "number", ">r", &text) && text == "7193";
+    };
+    // What a state's first call makes is there then, and the text is all that takes memory.
+    ASSERT_TRUE(read());
+    untilSuccess(read);
 }
 
 TEST_F(OutOfMemory, TablesAreKeptOrNot)
@@ -242,6 +263,49 @@ TEST_F(OutOfMemory, RaisingFinalizersEndInAResult)
     lua_getglobal(L, "finalized");
     EXPECT_GT(lua_tonumber(L, -1), 0);
     EXPECT_GT(done, 0);
+}
+
+int collect(lua_State* L)
+{
+    lua_gc(L, LUA_GCCOLLECT, 0);
+    return 0;
+}
+
+// Making room is tried again behind a finalizer that raised: then there may be no memory.
+TEST_F(OutOfMemory, BehindARaisingFinalizerIsAResult)
+{
+    ASSERT_EQ(luaL_dostring(L, R"(
+        failure = {}
+        function litter() getmetatable(newproxy(true)).__gc = function() error(failure) end end
+    )"),
+              0);
+    lua_settop(L, 0);
+    lua_getglobal(L, "data");
+    lua_getfield(L, 1, "place");
+    constexpr int values = 40; // more than a frame has room for at first
+    ASSERT_TRUE(lua_checkstack(L, values));
+    lua_settop(L, values);
+    lua_gc(L, LUA_GCSETSTEPMUL, 1000000); // a whole cycle at once
+    constexpr int many = 20;
+    for (int granted = 0; granted < many; ++granted) {
+        while (lua_cpcall(L, collect, nullptr) != 0)
+            lua_pop(L, 1);
+        lua_gc(L, LUA_GCSTOP, 0);
+        lua_getglobal(L, "litter");
+        lua_call(L, 0, 0);
+        lua_gc(L, LUA_GCRESTART, 0);
+        rationed.left = granted;
+        KxGePoint3D point;
+        const int status = getAKxGePoint(L, 2, point);
+        rationed.left = -1;
+        ASSERT_EQ(lua_gettop(L), values) << granted;
+        if (granted == 0) {
+            EXPECT_NE(status, 0);
+        } else if (granted == many - 1) {
+            EXPECT_EQ(status, 0);
+        }
+        EXPECT_EQ(point, status == 0 ? KxGePoint3D(1, 2, 3) : KxGePoint3D()) << granted;
+    }
 }
 
 } // namespace

@@ -180,6 +180,28 @@ TEST_F(ResultLetters, NumericTextsAreThoseOfTheInterpreter)
     }
 }
 
+// What a double cannot hold is endless or nothing, however it is written.
+TEST_F(ResultLetters, NumericTextsBeyondADoubleAreItsEnds)
+{
+    const std::string manyDigits(400, '9');
+    const std::string manyZeros(400, '0');
+    const std::pair<std::string, double> rows[] = {
+        {"1e-400", 0.0},
+        {"-1e400", -HUGE_VAL},
+        {manyDigits, HUGE_VAL},
+        {"." + manyZeros + "1", 0.0},
+        {"0." + manyZeros + "1", 0.0},
+        {"0x1p-5000", 0.0},
+        {"0x1p5000", HUGE_VAL},
+        {"0x" + manyDigits, HUGE_VAL},
+    };
+    for (const auto& [text, value] : rows) {
+        double output = 77.5;
+        read("d", "'" + text + "'", &output);
+        EXPECT_EQ(output, value) << text;
+    }
+}
+
 TEST_F(ResultLetters, LongIntegersComeFromUserdataAndNil)
 {
     expectEach("I", 77LL, {"0", "-", "-", "-", "-", "-", "-", "-", "-", "-", "-", "-", "0", "12", "0"});

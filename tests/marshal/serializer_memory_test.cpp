@@ -1,5 +1,6 @@
 // The serializer when memory runs out: every failure is a result, and the process goes on.
 
+#include "../rationed_memory.h"
 #include "../rationed_states.h"
 
 #include <QuorCommon/QuorSystem.h>
@@ -70,6 +71,16 @@ protected:
                   0);
     }
 
+    /// Takes the functions out of the registry that stand there under numbers. [-0, +0, -]
+    static void takeFunctionsAway(lua_State* L)
+    {
+        for (lua_pushnil(L); lua_next(L, LUA_REGISTRYINDEX) != 0; lua_pop(L, 1)) {
+            if (lua_type(L, -2) != LUA_TNUMBER || !lua_isfunction(L, -1)) continue;
+            lua_pushnil(L);
+            lua_rawseti(L, LUA_REGISTRYINDEX, static_cast<int>(lua_tointeger(L, -3)));
+        }
+    }
+
     static constexpr const char* text =
         "quor-table 1 {&1{1,2.5},*1,\"name\"=\"a\\0Ab\",#7=6004799503160661p-54}";
 };
@@ -99,11 +110,46 @@ protected:
         if (!isMade) std::fprintf(stderr, "%d requests more\n", more);
         std::exit(isMade ? 0 : 1);
     }
+
+    /// The same with the blocks of the library.
+    [[noreturn]] static void makeStateInLibrary()
+    {
+        long blocks = 0;
+        lua_State* L = nullptr;
+        for (; !L && blocks < 5000; ++blocks) {
+            testing::internal::CaptureStderr();
+            rationed::allowed = blocks;
+            L = LuaSerialize::getLua();
+            rationed::allowed = -1;
+            testing::internal::GetCapturedStderr();
+        }
+        const bool isMade = blocks > 2 && L && LuaSerialize::unSerial(text) && lua_istable(L, 2);
+        if (!isMade) std::fprintf(stderr, "%ld blocks\n", blocks);
+        std::exit(isMade ? 0 : 1);
+    }
 };
 
 TEST_F(SerializerOutOfMemoryDeathTest, HasNoStateUntilThereIsEnough)
 {
     EXPECT_EXIT(makeState(), testing::ExitedWithCode(0), testing::StrEq(""));
+}
+
+TEST_F(SerializerOutOfMemoryDeathTest, HasNoStateUntilTheLibraryHasEnough)
+{
+    EXPECT_EXIT(makeStateInLibrary(), testing::ExitedWithCode(0), testing::StrEq(""));
+}
+
+// The scripts of a host may reach the registry.
+TEST_F(SerializerOutOfMemory, GivesNothingWhereAScriptTookAwayWhatIsKeptForErrors)
+{
+    makeTable();
+    const char* written = nullptr;
+    untilSuccess([&written] {
+        takeFunctionsAway(LuaSerialize::getLua());
+        return (written = LuaSerialize::serial(2)) != nullptr;
+    });
+    EXPECT_STREQ(written, text);
+    LuaSerialize::clear();
 }
 
 TEST_F(SerializerOutOfMemory, WritesOrGivesNothing)

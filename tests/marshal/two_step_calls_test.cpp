@@ -1,6 +1,8 @@
 #include "letters.h"
 #include "marshal_state.h"
 
+#include <climits>
+
 namespace {
 
 using namespace quorlua;
@@ -16,6 +18,17 @@ int pushWithList(lua_State* L, const char* format, ...)
 }
 
 class TwoStepCalls : public MarshalState {};
+
+TEST_F(TwoStepCalls, CallNothingWhereTheStackHoldsFewerValues)
+{
+    run("function touch() touched = true end");
+    const SameHeight same(L);
+    lua_getglobal(L, "touch");
+    for (const int arguments : {-1, 1, 2, INT_MAX})
+        EXPECT_FALSE(callLuaFunc1(L, "touch", arguments, "")) << arguments;
+    EXPECT_EQ(shown("touched"), "nil");
+    lua_pop(L, 1);
+}
 
 TEST_F(TwoStepCalls, PushAFunctionAndItsArgumentsThenCallThem)
 {
@@ -152,6 +165,13 @@ TEST_F(TwoStepCalls, PrintAnErrorAndLeaveItsMessage)
     ASSERT_EQ(lua_gettop(L), 2);
     EXPECT_STREQ(lua_tostring(L, 2), "no such size");
     EXPECT_THAT(alerts, ElementsAre("error running function `the name': no such size"));
+}
+
+TEST_F(TwoStepCalls, PrintAnErrorWithoutANameToo)
+{
+    run("function fail() error('no such size', 0) end");
+    EXPECT_FALSE(callLuaFunc1(L, nullptr, prepareCallParam(L, "fail", ""), ""));
+    EXPECT_THAT(alerts, ElementsAre("error running function `': no such size"));
 }
 
 TEST_F(TwoStepCalls, PrintErrorsThatAreNoText)

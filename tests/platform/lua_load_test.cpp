@@ -94,6 +94,23 @@ TEST_F(Load, RunsPrecompiledCode)
     EXPECT_THAT(reportOf(file("cut.luac", code.substr(0, code.size() / 2))), HasSubstr("cut.luac"));
 }
 
+TEST_F(Load, ReportsPrecompiledCodeWhereItIsRefused)
+{
+    const std::string code = compiled("ran = 1");
+    const std::string name = file("compiled.lua", code);
+    lua_tinker::refuse_precompiled(nullptr);
+    EXPECT_EQ(dofile(L, name.c_str()), 0);
+    lua_tinker::refuse_precompiled(L);
+    run("ran = nil");
+    EXPECT_THAT(reportOf(name), HasSubstr(name + ": a precompiled chunk is refused"));
+    alerts.clear();
+    EXPECT_NE(dobuffer(L, code.data(), code.size(), "name"), 0);
+    EXPECT_THAT(alerts, ElementsAre(StartsWith("name: a precompiled chunk is refused")));
+    EXPECT_EQ(shown("ran"), "nil");
+    EXPECT_EQ(dobuffer(L, "ran = 2", 7), 0);
+    EXPECT_EQ(shown("ran"), "2");
+}
+
 TEST_F(Load, ReportsWhatIsNoFile)
 {
     // The system's reasons are in the user's language.

@@ -1,5 +1,6 @@
 #include "../system.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include <pthread.h>
 #include <stdexcept>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -142,6 +144,24 @@ std::optional<std::string> utf8FromGbk(std::string_view gbk)
     if (!whole) return std::nullopt;
     utf8.resize(utf8.size() - room);
     return utf8;
+}
+
+FewFiles::FewFiles()
+{
+    constexpr rlim_t few = 64;
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    before_ = limit.rlim_cur;
+    limit.rlim_cur = std::min(few, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+FewFiles::~FewFiles()
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = static_cast<rlim_t>(before_);
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data)

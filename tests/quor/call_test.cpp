@@ -49,6 +49,34 @@ TEST_F(Call, PrintsTheResultsByLetter)
     EXPECT_EQ(run.errors, "s.lua f: 3 results\n");
 }
 
+TEST_F(Call, LetsAScriptKeepWhatStoodInTheFunctionsPlace)
+{
+    // A finalizer sees it there, keeps it, and calls it when the state is closed.
+    const char* script = R"(
+        collectgarbage('setpause', 0) collectgarbage('setstepmul', 100000) collectgarbage()
+        local own, saved = function(x) return 1 end
+        f = own
+        local function arm()
+            local p = newproxy(true)
+            getmetatable(p).__gc = function()
+                local there = rawget(_G, 'f')
+                if there ~= own then saved = there else arm() end
+            end
+        end
+        keep = newproxy(true)
+        getmetatable(keep).__gc = function()
+            if not saved then return io.stderr:write('never seen\n') end
+            f = nil
+            io.stderr:write('kept ', saved(1), ' ', type(rawget(_G, 'f')), '\n')
+        end
+        arm())";
+    const CommandRun run = call(script, {"P>i", "[[1,2,3],[4,5,6]]"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "i 1\n");
+    if (run.errors.find("never seen") != std::string::npos) GTEST_SKIP() << "no collector ran meanwhile";
+    EXPECT_THAT(run.errors, HasSubstr("kept 1 nil\n"));
+}
+
 TEST_F(Call, PrintsTheResultsAsJson)
 {
     const CommandRun run = call("function f(x) return x / 3, true end", {"d>dn", "1", "--format", "json"});

@@ -50,6 +50,41 @@ TEST_F(Draw, ListWithoutPrimitivesIsAnEmptyArray)
     EXPECT_EQ(run.errors, "none.lua main: 0 primitives\n");
 }
 
+TEST_F(Draw, RandomNumbersAreTheSameInEveryRunOnEverySystem)
+{
+    const std::string script = scratch_.write("s.lua", R"(function main()
+    local points = { { 26, { math.random(), math.random(1000000), math.random(-5, 5) }, 1 } }
+    math.randomseed(7)
+    points[2] = { 26, { math.random(1000000), 0, 0 }, 1 }
+    return points
+end)");
+    const CommandRun run = runQuor({"draw", "--quiet", script});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const Json primitives = Json::parse(run.output).at("primitives");
+    EXPECT_EQ(primitives.at(0).at("args").at(0), Json::parse("[0.5665615751722809, 745782, 5]"));
+    EXPECT_EQ(primitives.at(1).at("args").at(0), Json::parse("[389830, 0, 0]"));
+}
+
+TEST_F(Draw, RandomNumbersLieWithinTheirBounds)
+{
+    const std::string script = scratch_.write("s.lua", R"(function main()
+    for _ = 1, 5000 do
+        local share, third, whole = math.random(), math.random(3), math.random(-2, 2)
+        assert(share >= 0 and share < 1)
+        assert(third == 1 or third == 2 or third == 3)
+        assert(whole >= -2 and whole <= 2 and whole % 1 == 0)
+    end
+    local far = math.random(-2 ^ 31, 2 ^ 31 - 1)
+    assert(far >= -2 ^ 31 and far < 2 ^ 31)
+    for _, bad in ipairs { { 0 }, { 2, 1 }, { 1, 2, 3 }, { "x" } } do
+        assert(not pcall(math.random, unpack(bad)))
+    end
+    return {}
+end)");
+    const CommandRun run = runQuor({"draw", "--quiet", script});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+}
+
 TEST_F(Draw, ExampleOfTheContract)
 {
     EXPECT_EQ(primitivesOf(R"({{2, {0,0,0}, {0,0,100}, 25, true},

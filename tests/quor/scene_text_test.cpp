@@ -4,6 +4,7 @@
 #include "SceneRun.h"
 #include "TestSystem.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -177,6 +178,17 @@ return {{26, {style:height(), 0, 0}, 1}})");
     const std::string head = run_.scenePath() + ": the script asks for the text style \"";
     const std::string end = "\", which is not there; \"NARROW\" stays\n";
     EXPECT_EQ(drawn.errors, head + "none" + end + head + "宽x" + end + head + end);
+}
+
+TEST_F(SceneText, UnknownStylesAreToldUpToAHundredAndBriefly)
+{
+    const CommandRun drawn = run_.draw(styles, R"(
+local style = glib.getCurrentTxtstyle()
+for i = 1, 300 do style:setstyle(i .. ("q"):rep(10000)) end
+return {})");
+    EXPECT_EQ(drawn.exitCode, 0);
+    EXPECT_EQ(std::count(drawn.errors.begin(), drawn.errors.end(), '\n'), 100);
+    EXPECT_LT(drawn.errors.size(), 100U * 1000U);
 }
 
 TEST_F(SceneText, StyleOutlivesTheCollectorsOfTheScript)

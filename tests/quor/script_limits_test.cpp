@@ -133,6 +133,34 @@ TEST(ScriptLimits, HoldForConfigurationScripts)
     }
 }
 
+TEST(ScriptLimits, HoldWhereTheCommandLooksForAFunction)
+{
+    const ScratchFolder folder;
+    const std::string strict = folder.write(
+        "strict.lua", "setmetatable(_G, {__index = function() while true do end end}) function other() end");
+    // The first time it is there.
+    const std::string once = folder.write(
+        "once.lua",
+        "local n = 0 setmetatable(_G, {__index = function(_, name) if name ~= 'f' then return nil end\n"
+        "n = n + 1 while n > 1 do end return function() end end})");
+    const std::string eats =
+        folder.write("eats.lua", "setmetatable(_G, {__index = function(_, name)\n"
+                                 "local t = {} while name == 'main' do t[#t + 1] = {} end end})\n"
+                                 "function other() return {} end");
+    const Arguments calls[] = {
+        {"draw", strict}, {"keypoints", strict}, {"call", strict, "f", ""}, {"call", once, "f", ""}};
+    for (Arguments arguments : calls) {
+        const std::string time = arguments[1] + ": --time-limit 0.1: ";
+        arguments.insert(arguments.end(), {"--time-limit", "0.1"});
+        const CommandRun run = runQuor(arguments);
+        EXPECT_EQ(run.exitCode, 1) << arguments[0];
+        EXPECT_THAT(run.errors, AllOf(HasSubstr(time), Not(HasSubstr(lastWords)))) << arguments[0];
+    }
+    const CommandRun large = runQuor({"draw", eats, "--memory-limit", "8"});
+    EXPECT_EQ(large.exitCode, 1);
+    EXPECT_THAT(large.errors, HasSubstr(eats + ": --memory-limit 8: "));
+}
+
 TEST(ScriptLimits, TellTheLineThatRan)
 {
     const ScratchFolder folder;
@@ -160,6 +188,19 @@ TEST(ScriptLimits, MustBeNumbers)
             EXPECT_EQ(run.exitCode, 2) << option << " " << text;
             EXPECT_THAT(run.errors, HasSubstr(std::string(option) + " " + text + ": a number from 0 to "));
         }
+}
+
+TEST(BrokenPipe, IsAnErrorForTheScriptThatWrites)
+{
+    if (testsystem::isWindows) GTEST_SKIP() << "it has no signal for it";
+    const ScratchFolder folder;
+    const std::string script =
+        folder.write("s.lua", "function f()\nlocal pipe, written = io.popen('exit 0', 'w'), true\n"
+                              "for i = 1, 1000 do written = pipe:write(('x'):rep(10000)) and pipe:flush()\n"
+                              "if not written then return 'error' end end\nend");
+    const CommandRun run = runQuor({"call", script, "f", ">r", "--quiet"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output, "r \"error\"\n");
 }
 
 TEST(Watchdog, EndsAReadThatWaits)

@@ -3,6 +3,7 @@
 #include "CommandRun.h"
 #include "TestSystem.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 using testing::HasSubstr;
@@ -38,16 +39,17 @@ TEST_P(Refused, IsNotThere)
     EXPECT_EQ(valueOf(GetParam()), "nil");
 }
 
-INSTANTIATE_TEST_SUITE_P(Untrusted, Refused,
-                         testing::Values("io", "debug", "package.loaded.io", "package.loaded.debug",
-                                         "package.loadlib", "package.loaders[3]", "package.loaders[4]",
-                                         "package.loaded._G.io", "getfenv(0).io", "getfenv(require).loadlib",
-                                         "getfenv(print).io", "os.execute", "os.remove", "os.rename",
-                                         "os.tmpname", "os.getenv", "os.setlocale", "newproxy", "ffi", "jit",
-                                         "package.preload.ffi", "package.preload.io", "package.preload.debug",
-                                         "coroutine.wrap(function() return io end)()",
-                                         "getmetatable('').__index.debug",
-                                         "setfenv(function() return io end, getfenv(0))()", "glib.io"));
+INSTANTIATE_TEST_SUITE_P(
+    Untrusted, Refused,
+    testing::Values("io", "debug", "package.loaded.io", "package.loaded.debug", "package.loadlib",
+                    "package.loaders[3]", "package.loaders[4]", "package.loaded._G.io", "getfenv(0).io",
+                    "getfenv(require).loadlib", "getfenv(print).io", "os.execute", "os.remove", "os.rename",
+                    "os.tmpname", "os.getenv", "os.setlocale", "newproxy", "ffi", "jit",
+                    "package.preload.ffi", "package.preload.io", "package.preload.debug",
+                    "coroutine.wrap(function() return io end)()", "getmetatable('').__index.debug",
+                    "setfenv(function() return io end, getfenv(0))()", "glib.io", "package.cpath",
+                    "(function() glib.setpath() return package.cpath end)()", "package.loaded.ffi",
+                    "next(package.preload)"));
 
 struct Attempt {
     const char* name;
@@ -69,6 +71,17 @@ INSTANTIATE_TEST_SUITE_P(
         Attempt{"RequireOfInput", "require('io')", "module 'io' not found"},
         Attempt{"RequireOfDebug", "require('debug')", "module 'debug' not found"},
         Attempt{"RequireOfForeignFunctions", "require('ffi')", "module 'ffi' not found"},
+        Attempt{"RequireOfForeignFunctionsBehindALiteral",
+                "(function() loadstring('return 1LL, 2i') return require('ffi') end)()",
+                "module 'ffi' not found"},
+        Attempt{"RequireOfForeignFunctionsBehindABuffer",
+                "(function() pcall(function() require('string.buffer').new():reserve(64) end) return "
+                "require('ffi') end)()",
+                "module 'ffi' not found"},
+        Attempt{"RequireOfBuffers", "require('string.buffer')", "module 'string.buffer' not found"},
+        Attempt{"RequireOfTheCompilersOptions", "require('jit.opt')", "module 'jit.opt' not found"},
+        Attempt{"RequireOfTheCompilersInside", "require('jit.util')", "module 'jit.util' not found"},
+        Attempt{"RequireOfTheCompilersProfile", "require('jit.profile')", "module 'jit.profile' not found"},
         Attempt{"LoadstringOfCode", "select(2, loadstring(string.dump(function() end)))", "precompiled"},
         Attempt{"LoadOfCode",
                 "(function() local n = 0 return select(2, load(function() n = n + 1 if n == 1 then return "
@@ -89,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Attempt{"DofileOfStandardInput", "dofile()", "bad argument #1"},
         Attempt{"DofileOfAFolder", "dofile('/')", "no file of the installation"},
         Attempt{"MetatableOfIntegers", "getmetatable(int64(1))", "false"},
-        Attempt{"EnvironmentOfNativeFunctions", "setfenv(print, {})", "error: "}),
+        Attempt{"EnvironmentOfNativeFunctions", "setfenv(next, {})", "error: "}),
     [](const auto& one) { return std::string(one.param.name); });
 
 TEST(Untrusted, FindsModulesOfTheInstallationAlone)
@@ -125,6 +138,29 @@ TEST(Untrusted, FollowsNoLinkOutOfTheInstallation)
         GTEST_SKIP() << "the system makes no links";
     EXPECT_THAT(valueOf("require('link')", {"--installation", folder.path("installation")}),
                 HasSubstr("not found"));
+}
+
+TEST(Untrusted, ReadsNoFileThatIsLargerThanItsMemory)
+{
+    const ScratchFolder folder;
+    const std::string large = folder.write("installation/bin/large.lua", "return 1");
+    std::filesystem::resize_file(large, std::uintmax_t{1} << 30);
+    const Arguments options = {
+        "--installation", folder.path("installation"), "--memory-limit", "8", "--time-limit", "2"};
+    EXPECT_THAT(valueOf("loadfile('" + large + "')", options), HasSubstr("not enough memory"));
+    EXPECT_THAT(valueOf("require('large')", options), HasSubstr("not enough memory"));
+}
+
+TEST(Untrusted, ReadsFilesBehindAMarkAndALineThatIsSkipped)
+{
+    const ScratchFolder folder;
+    folder.write("installation/bin/marked.lua", "\xEF\xBB\xBF#!/usr/bin/lua\nreturn 'marked'");
+    folder.write("installation/bin/line.lua", "#");
+    folder.write("installation/bin/empty.lua", "");
+    const Arguments options = {"--installation", folder.path("installation")};
+    EXPECT_EQ(valueOf("require('marked')", options), "marked");
+    EXPECT_EQ(valueOf("require('line')", options), "true");
+    EXPECT_EQ(valueOf("require('empty')", options), "true");
 }
 
 TEST(Untrusted, TakesNoPrecompiledScript)
@@ -177,6 +213,9 @@ TEST(Untrusted, LeavesWhatComponentsNeed)
     EXPECT_EQ(valueOf("loadstring('return 1 + 1')()"), "2");
     EXPECT_EQ(valueAfter("local n = 0", "load(function() n = n + 1 return ({'return ', '7'})[n] end)()"),
               "7");
+    EXPECT_EQ(
+        valueAfter("local n = 0", "load(function() n = n + 1 return ({'return ', 7, ' + ', 1})[n] end)()"),
+        "8");
     EXPECT_EQ(valueOf("tostring(int64(5) + 1)"), "6");
     EXPECT_EQ(valueAfter("package.preload.own = function() return 'own' end", "require('own')"), "own");
 }

@@ -1,7 +1,9 @@
+#include "../rationed_memory.h"
 #include "../rationed_states.h"
 #include "scriptor_fixture.h"
 
 #include <QuorPureScriptor/lua_tinker.h>
+#include <QuorScriptor/ScriptLimits.h>
 #include <functional>
 
 namespace {
@@ -72,6 +74,60 @@ TEST_F(ExhaustedMemory, LeavesANewScriptorWithoutAState)
         EXPECT_EQ(load(scriptor, script), Quor::Ok) << "after " << granted;
     }
     EXPECT_GT(granted, libraries + 50);
+}
+
+TEST_F(ExhaustedMemory, LeavesANewScriptorUnderLimitsWithoutAState)
+{
+    quorlua::limitNewStates({100.0, std::size_t{1} << 30, false});
+    const int libraries = requestsOfLibraries();
+    int granted = 0;
+    for (bool made = false; !made; granted = granted == 0 ? libraries : granted + 1) {
+        ASSERT_LT(granted, libraries + 1000);
+        statesLeft = granted;
+        QuorGlibScriptor scriptor;
+        statesLeft = -1;
+        made = scriptor.getLua(false) != nullptr;
+        if (!made) {
+            EXPECT_EQ(scriptor.callSeg("main"), Quor::NoState) << granted;
+        }
+    }
+    EXPECT_GT(granted, libraries + 50);
+    // That of the library.
+    long blocks = 0;
+    for (bool made = false; !made; ++blocks) {
+        ASSERT_LT(blocks, 1000);
+        rationed::allowed = blocks;
+        QuorGlibScriptor scriptor;
+        rationed::allowed = -1;
+        made = scriptor.getLua(false) != nullptr;
+        if (!made) {
+            EXPECT_EQ(scriptor.callSeg("main"), Quor::NoState) << blocks;
+        }
+    }
+    EXPECT_GT(blocks, 1);
+    quorlua::limitNewStates({});
+}
+
+TEST_F(ExhaustedMemory, KeepsTheNameOfAFileThatTakesNoOthersPlace)
+{
+    ScriptFolder folder;
+    const std::string first = folder.write("a.lua", script);
+    const std::string second = folder.write("b.lua", script);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(scriptor.loadFile(first.c_str(), false), Quor::Ok);
+    const char* name = scriptor.getFileName();
+    ASSERT_EQ(scriptor.loadFile(second.c_str(), false), Quor::Ok);
+    long blocks = 0;
+    for (Quor::GlibStatus status = Quor::ScriptFailed; status != Quor::Ok; ++blocks) {
+        ASSERT_LT(blocks, 1000);
+        rationed::allowed = blocks;
+        status = scriptor.loadFile(first.c_str(), false);
+        rationed::allowed = -1;
+        const char* now = scriptor.getFileName();
+        EXPECT_TRUE(now == name || (now == second && status != Quor::Ok)) << now;
+    }
+    EXPECT_EQ(scriptor.getFileName(), name);
+    EXPECT_GT(blocks, 1);
 }
 
 TEST_F(ExhaustedMemory, LeavesNoRegisteredModuleOutOfAState)

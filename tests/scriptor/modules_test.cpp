@@ -144,6 +144,21 @@ TEST_F(Modules, AreOpenedInTheOrderOfTheirNames)
     EXPECT_EQ(shown("type(mirt_get_luafile)"), "function") << "a module that cannot be opened stops nothing";
 }
 
+TEST_F(Modules, AreNotAddedToAStateWhoseStackIsFull)
+{
+    static const luaL_Reg list[] = {{"one", answer<1>}, {nullptr, nullptr}};
+    lua_State* L = scriptor.getLua(false);
+    while (lua_gettop(L) < LUAI_MAXCSTACK && lua_checkstack(L, 1))
+        lua_pushnil(L);
+    ASSERT_EQ(lua_gettop(L), LUAI_MAXCSTACK);
+    scriptor.addLib("quortest_added", list);
+    EXPECT_EQ(lua_gettop(L), LUAI_MAXCSTACK);
+    lua_settop(L, 1);
+    EXPECT_EQ(shown("quortest_added"), "nil");
+    scriptor.addLib("quortest_added", list);
+    EXPECT_EQ(shown("quortest_added.one()"), "1");
+}
+
 TEST_F(Modules, FirstPrintfOfAcaduiBecomesAlert)
 {
     static const luaL_Reg without[] = {{"print", answer<1>}, {nullptr, nullptr}};

@@ -1,6 +1,6 @@
 // Scripts that use up the processor's stack, on threads with little of it and with much.
 
-#include "scriptor_fixture.h"
+#include "script_limits.h"
 
 using Quor::GlibStatus;
 
@@ -20,10 +20,10 @@ void run(void* given)
 }
 
 /// What a chunk's load gives on a thread with a stack of so many kilobytes.
-GlibStatus statusOn(std::size_t kilobytes, const char* chunk)
+GlibStatus statusOn(std::size_t kilobytes, const char* chunk, void (*work)(void* data) = run)
 {
     Run wanted{chunk, GlibStatus::NoState};
-    EXPECT_TRUE(sys::runOnStack(kilobytes * 1024, run, &wanted));
+    EXPECT_TRUE(sys::runOnStack(kilobytes * 1024, work, &wanted));
     return wanted.status;
 }
 
@@ -74,28 +74,193 @@ TEST(NativeStack, LeavesPatternsAloneThatFit)
         EXPECT_EQ(statusOn(kilobytes, chunk), GlibStatus::Ok) << kilobytes;
 }
 
+/// Ways to recurse through the interpreter's own code, and the library's.
+const char* const recursions[] = {
+    "local function f() return (coroutine.wrap(f)()) end assert(not pcall(f))",
+    "local function f() table.sort({1, 2, 3}, f) return true end pcall(f)",
+    "local function f() return (pcall(f)) end f()",
+    "local function f() return (xpcall(error, f)) end f()",
+    "loadstring(('function f() '):rep(190) .. (' end'):rep(190))",
+    "loadstring(('('):rep(100000))",
+    "package.preload.x = function() package.loaded.x = nil return (require('x')) end pcall(require, 'x')",
+    "local function f(s) loadstring(('function f() '):rep(190) .. (' end'):rep(190)) return (s:gsub('.', "
+    "f)) end "
+    "pcall(f, 'a')",
+    "local m = {} m.__index = function(t, k) return (setmetatable({}, m)[k]) end pcall(m.__index, {}, 1)",
+    // Of some functions the depth has no end when they do not fail, only breadth.
+    "local function f() local read = false load(function() if not read then read = true f() end end) end f()",
+    "local source = ('do '):rep(90) .. (' end '):rep(90) local function f() local read = false "
+    "load(function() if not read then read = true f() end end) return loadstring(source) end f()",
+    "local o o = setmetatable({}, {__tostring = function(s) return (string.format('%s', s)) end}) "
+    "pcall(string.format, '%s', o) pcall(tostring, o)",
+    "local t t = setmetatable({}, {__index = function(s) return (os.time(s)) end}) pcall(os.time, t)",
+    "local n = 0 local module = module local function f() n = n + 1 module('m' .. n, f) end pcall(f)",
+    "local print, tostring = print, tostring _G.tostring = function() return (print(1)) end pcall(print, 1) "
+    "_G.tostring = tostring",
+    "local t t = setmetatable({}, {__index = function() return (string.gsub('a', 'a', t)) end}) "
+    "pcall(string.gsub, 'a', 'a', t)",
+    "local function f() return (table.foreach({1}, f)) end pcall(f)",
+    "local function f() return (xpcall(f, f)) end f()",
+    "local m = {} m.__lt = function(a, b) table.sort({a, b, a}) return true end "
+    "local o = setmetatable({}, m) pcall(table.sort, {o, o, o})",
+};
+
+#if defined(LUAJIT_VERSION)
+constexpr std::size_t recursionStacks[] = {512, 600};
+#else
+constexpr std::size_t recursionStacks[] = {256, 280, 1024, 1700};
+#endif
+
 TEST(NativeStack, SufficesForEveryOtherRecursion)
 {
-    const char* chunks[] = {
-        "local function f() return (coroutine.wrap(f)()) end assert(not pcall(f))",
-        "local function f() table.sort({1, 2, 3}, f) return true end pcall(f)",
-        "local function f() return (pcall(f)) end f()",
-        "local function f() return (xpcall(error, f)) end f()",
-        "loadstring(('function f() '):rep(190) .. (' end'):rep(190))",
-        "loadstring(('('):rep(100000))",
-        "package.preload.x = function() package.loaded.x = nil return (require('x')) end pcall(require, 'x')",
-        "local function f(s) loadstring(('function f() '):rep(190) .. (' end'):rep(190)) return (s:gsub('.', "
-        "f)) end "
-        "pcall(f, 'a')",
-        "local m = {} m.__index = function(t, k) return (setmetatable({}, m)[k]) end pcall(m.__index, {}, 1)",
-    };
+    for (const std::size_t kilobytes : recursionStacks)
+        for (const char* chunk : recursions)
+            EXPECT_EQ(statusOn(kilobytes, chunk), GlibStatus::Ok) << kilobytes << " " << chunk;
+}
+
+TEST(NativeStack, SufficesForEveryOtherRecursionOfAnUntrustedScript)
+{
+    const Limited untrusted(0, 0, true);
+    for (const std::size_t kilobytes : recursionStacks)
+        for (const char* chunk : recursions)
+            EXPECT_EQ(statusOn(kilobytes, chunk), GlibStatus::Ok) << kilobytes << " " << chunk;
+}
+
+TEST(NativeStack, SufficesForFinalizersWithinFinalizers)
+{
+    const char* chunk = "local depth, made = 0, 0\n"
+                        "local function arm()\n"
+                        "made = made + 1 if made > 5000 then return end\n"
+                        "getmetatable(newproxy(true)).__gc = function()\n"
+                        "depth = depth + 1 for i = 1, 20 do arm() end\n"
+                        "for i = 1, 20 do collectgarbage('restart') string.upper(('x'):rep(5000) .. i) end\n"
+                        "depth = depth - 1 end end\n"
+                        "for i = 1, 200 do arm() end\n"
+                        "for i = 1, 200 do pcall(string.upper, ('x'):rep(5000) .. i) end";
+    for (const std::size_t kilobytes : recursionStacks)
+        EXPECT_NE(statusOn(kilobytes, chunk), GlibStatus::NoState) << kilobytes;
+}
+
 #if defined(LUAJIT_VERSION)
-    constexpr std::size_t kilobytes = 512;
-#else
-    constexpr std::size_t kilobytes = 256;
+TEST(NativeStack, SufficesForBuffersThatAskForTexts)
+{
+    for (const char* call : {"put(o)", "putf('%s', o)"}) {
+        const std::string chunk = "local new = require('string.buffer').new\n"
+                                  "local o o = setmetatable({}, {__tostring = function() new():" +
+                                  std::string(call) +
+                                  " return '' end})\nlocal ok, text = pcall(tostring, o)\n"
+                                  "assert(not ok and string.find(text, 'stack overflow', 1, true), text)";
+        for (const std::size_t kilobytes : recursionStacks)
+            EXPECT_EQ(statusOn(kilobytes, chunk.c_str()), GlibStatus::Ok) << kilobytes << " " << call;
+    }
+}
 #endif
-    for (const char* chunk : chunks)
-        EXPECT_EQ(statusOn(kilobytes, chunk), GlibStatus::Ok) << chunk;
+
+/// A host's functions that call the script.
+QuorGlibScriptor* calling = nullptr;
+
+int callSegment(lua_State* L)
+{
+    lua_pushinteger(L, static_cast<int>(calling->callSeg("again")));
+    return 1;
+}
+
+int callByFormat(lua_State* L)
+{
+    lua_pushboolean(L, static_cast<int>(quorlua::callLuaFunc(L, "again", "d", 1.5)));
+    return 1;
+}
+
+int callInTwoSteps(lua_State* L)
+{
+    const int count = quorlua::prepareCallParam(L, "again", "d", 1.5);
+    lua_pushboolean(L, static_cast<int>(count >= 0 && quorlua::callLuaFunc1(L, "again", count, "")));
+    return 1;
+}
+
+int callPushed(lua_State* L)
+{
+    lua_getglobal(L, "again");
+    lua_pushboolean(L, static_cast<int>(quorlua::callLuaFunc1(L, "again", 0, "")));
+    return 1;
+}
+
+constexpr luaL_Reg hostFunctions[] = {{"segment", callSegment},
+                                      {"format", callByFormat},
+                                      {"steps", callInTwoSteps},
+                                      {"pushed", callPushed},
+                                      {nullptr, nullptr}};
+
+void runWithHost(void* given)
+{
+    Run& wanted = *static_cast<Run*>(given);
+    QuorGlibScriptor scriptor;
+    calling = &scriptor;
+    scriptor.addLib("host", hostFunctions);
+    std::string chunk = wanted.chunk;
+    wanted.status = scriptor.loadBuffer(bufferOf(chunk), 100, false);
+}
+
+TEST(NativeStack, SufficesForHostFunctionsThatCallTheScript)
+{
+    for (const char* name : {"segment", "format", "steps", "pushed"})
+        for (const std::size_t kilobytes : {recursionStacks[0], stacks[1], stacks[2]}) {
+            const std::string chunk = "local depth, deepest = 0, 0 function again() depth = depth + 1 "
+                                      "deepest = math.max(depth, deepest) host." +
+                                      std::string(name) +
+                                      "() depth = depth - 1 end again() assert(deepest > 5)";
+            EXPECT_EQ(statusOn(kilobytes, chunk.c_str(), runWithHost), GlibStatus::Ok)
+                << kilobytes << " " << name;
+        }
+}
+
+/// As a host's own `print` may be.
+int showText(lua_State* L)
+{
+    lua_getglobal(L, "tostring");
+    lua_pushvalue(L, 1);
+    lua_call(L, 1, 1);
+    return 0;
+}
+
+TEST(NativeStack, SufficesForAFunctionOfTheHostInPlaceOfTheInterpreters)
+{
+    static constexpr luaL_Reg replaced[] = {{"print", showText}, {nullptr, nullptr}};
+    quorlua::addRegLuaModule("_G", replaced);
+    for (const std::size_t kilobytes : recursionStacks)
+        EXPECT_EQ(statusOn(kilobytes, "local print = print function tostring() return (print(1)) end "
+                                      "assert(not pcall(print, 1))"),
+                  GlibStatus::Ok)
+            << kilobytes;
+}
+
+/// Runs a chunk, and then a pattern that takes more stack than there is.
+GlibStatus statusWithLongPattern(const char* before)
+{
+    QuorGlibScriptor scriptor;
+    std::string chunk = before;
+    chunk += "\nlocal s = ('a'):rep(300000)\n"
+             "local ok, text = pcall(string.find, s, ('a?'):rep(300000) .. 'b')\n"
+             "assert(not ok)";
+    return runChunk(scriptor, chunk);
+}
+
+TEST(NativeStack, IsKnownToAScriptThatHasOpenedAllFiles)
+{
+    const sys::FewFiles few;
+    EXPECT_EQ(statusWithLongPattern("local kept = {} repeat local file = io.open('/dev/null') "
+                                    "kept[#kept + 1] = file until not file"),
+              GlibStatus::Ok);
+}
+
+TEST(NativeStack, IsAssumedToBeSmallWhereNobodyTells)
+{
+    const sys::FewFiles few;
+    std::vector<std::ifstream> files;
+    while (files.emplace_back("/dev/null")) {
+    }
+    EXPECT_EQ(statusWithLongPattern("assert(('ab'):gsub('.', function() return 'c' end) == 'cc')"),
+              GlibStatus::Ok);
 }
 
 TEST(Safeguards, SayWhatTheInterpreterSays)

@@ -53,6 +53,46 @@ TEST(ScriptLimits, LeaveStatesThatAreThereAsTheyAre)
     EXPECT_EQ(runChunk(scriptor, "debug.sethook() s = string.rep('x', 4e6)"), GlibStatus::Ok);
 }
 
+TEST(ScriptLimits, ArePutOnStatesThatNobodyTrustsAlone)
+{
+    const Limited limited(0, 0, true);
+    QuorGlibScriptor scriptor;
+    EXPECT_EQ(runChunk(scriptor, "x = io"), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "x"), "nil");
+    EXPECT_EQ(lua_gethook(scriptor.getLua(false)), nullptr);
+}
+
+TEST(ScriptLimits, OfAStateWithoutAnyAreNotReached)
+{
+    QuorGlibScriptor before;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    quorlua::checkScriptLimits(before.getLua(false));
+    quorlua::checkScriptLimits(nullptr);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
+TEST(TimeLimit, MayBeLongerThanAnyClockCounts)
+{
+    const Limited limited(1e300);
+    QuorGlibScriptor scriptor;
+    EXPECT_EQ(runChunk(scriptor, "for i = 1, 1e5 do local t = {} end"), GlibStatus::Ok);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
+TEST(TimeLimit, EndsFinalizersThatFinalizersMadeAsTheStateIsClosed)
+{
+    const Limited limited(0.1);
+    const double seconds = secondsOf([] {
+        QuorGlibScriptor scriptor;
+        EXPECT_EQ(runChunk(scriptor, "kept = newproxy(true) getmetatable(kept).__gc = function()\n"
+                                     "local other = newproxy(true) getmetatable(other).__gc = function()\n"
+                                     "while true do local t = {} end end end"),
+                  GlibStatus::Ok);
+    });
+    EXPECT_LT(seconds, 5);
+}
+
 TEST(TimeLimit, EndsALoopWithTheStatusOfAFailedSegment)
 {
     const Reports reports;
@@ -173,6 +213,150 @@ TEST(TimeLimit, HoldsForEveryOperationThatRunsScripts)
     EXPECT_EQ(takeLimitReached(), LimitReached::Time);
 }
 
+int requireObject(lua_State* L)
+{
+    quorlua::requireObjectIdInState(L, KxDbObjectId(5), "objects");
+    return 0;
+}
+
+TEST(TimeLimit, HoldsForAnOperationThatRaises)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "local function f() local start = os.clock() while os.clock() - start < 2 do end\n"
+                       "outlasted = true end objects = setmetatable({}, {__newindex = f})"),
+              GlibStatus::Ok);
+    lua_State* L = scriptor.getLua(false);
+    lua_pushcfunction(L, requireObject);
+    EXPECT_NE(lua_pcall(L, 0, 0, 0), 0);
+    lua_pop(L, 1);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    EXPECT_EQ(luatext::shown(L, "outlasted"), "nil");
+    // The operation has ended: what the host runs itself is not limited.
+    EXPECT_EQ(luaL_dostring(L, "local start = os.clock() while os.clock() - start < 0.15 do end"), 0);
+}
+
+TEST(TimeLimit, HoldsForWhatAHostMakesAnOperation)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    lua_State* L = scriptor.getLua(false);
+    ASSERT_EQ(luaL_loadstring(L, "local start = os.clock() while os.clock() - start < 2 do end"), 0);
+    {
+        const quorlua::ScriptOperation operation(L);
+        EXPECT_NE(lua_pcall(L, 0, 0, 0), 0);
+    }
+    lua_pop(L, 1);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    const quorlua::ScriptOperation ofNothing(nullptr);
+}
+
+int sleepBeyondTheLimit(lua_State*)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    return 0;
+}
+
+TEST(TimeLimit, IsLookedAtWhenMuchMemoryIsWanted)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "sleep", sleepBeyondTheLimit);
+    ASSERT_EQ(runChunk(scriptor, "half = string.rep('x', 40000)\n"
+                                 "function f() sleep() local whole = half .. half got = true end"),
+              GlibStatus::Ok);
+    EXPECT_EQ(scriptor.callSeg("f"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "got"), "nil");
+}
+
+TEST(TimeLimit, EndsTheReadingOfAnAnswer)
+{
+    const Reports reports;
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "local function rep(v, n) local t = {} for i = 1, n do t[i] = v end return t end\n"
+                       "local bad = rep({1, {0, 0, 0}}, 1000) bad[1001] = 'no vertex'\n"
+                       "function walk() return rep({25, bad}, 1e5) end\n"
+                       "function none() return {} end"),
+              GlibStatus::Ok);
+    Primitives drawn;
+    const double seconds = secondsOf([&] { EXPECT_EQ(scriptor.callSeg("walk", drawn), GlibStatus::Ok); });
+    EXPECT_LT(seconds, 2.0) << "a hundred million vertices";
+    EXPECT_TRUE(drawn.empty());
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+    EXPECT_EQ(reports.all().size(), 1U);
+    EXPECT_EQ(scriptor.callSeg("none", drawn), GlibStatus::Ok);
+    EXPECT_EQ(takeLimitReached(), LimitReached::None);
+}
+
+TEST(Distrust, StaysWithAScriptorWhenItsStateIsMadeAnew)
+{
+    const ScriptFolder folder;
+    const std::string file = folder.write("script.lua", "trusted = os.execute ~= nil");
+    QuorGlibScriptor scriptor;
+    {
+        const Limited limited(0, 0, true);
+        scriptor.initLua();
+        ASSERT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::Ok);
+        EXPECT_EQ(luatext::shown(scriptor.getLua(false), "trusted"), "false");
+    }
+    EXPECT_EQ(scriptor.reloadLua(1), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "trusted"), "false");
+    scriptor.initLua();
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "os.execute == nil"), "true");
+    EXPECT_EQ(luatext::shown(QuorGlibScriptor().getLua(false), "os.execute == nil"), "false");
+}
+
+TEST(Distrust, StaysWithAScriptorThatHadNoStateMeanwhile)
+{
+    const Reports reports;
+    QuorGlibScriptor scriptor;
+    {
+        const Limited limited(0, 0, true);
+        scriptor.initLua();
+    }
+    EXPECT_EQ(runChunk(scriptor, "error('lost')"), GlibStatus::ScriptFailed);
+    ASSERT_EQ(scriptor.getLua(false), nullptr);
+    {
+        const Limited limited(0, 1000);
+        scriptor.initLua();
+        ASSERT_EQ(scriptor.getLua(false), nullptr);
+    }
+    scriptor.initLua();
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "os.execute == nil"), "true");
+}
+
+TEST(FileThatLostItsState, CountsAsChanged)
+{
+    const ScriptFolder folder;
+    const std::string file = folder.write("script.lua", "loads = (loads or 0) + 1 function seg() end", 1000);
+    QuorGlibScriptor scriptor;
+    const auto loseState = [&](int seconds) {
+        const Limited limited(0, 1000);
+        folder.setTime("script.lua", seconds);
+        EXPECT_EQ(scriptor.loadFile(file.c_str(), true), GlibStatus::ScriptFailed);
+        EXPECT_EQ(scriptor.getLua(false), nullptr);
+    };
+    ASSERT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::Ok);
+    loseState(2000);
+    EXPECT_EQ(scriptor.loadFile(file.c_str(), false), GlibStatus::ScriptFailed)
+        << "there is no state to run it in";
+    EXPECT_EQ(scriptor.reloadLua(2), GlibStatus::ScriptFailed);
+    EXPECT_EQ(scriptor.loadFile(file.c_str(), true), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1");
+    EXPECT_EQ(scriptor.callSeg("seg"), GlibStatus::Ok);
+    loseState(3000);
+    EXPECT_EQ(scriptor.reloadLua(3), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1");
+    EXPECT_EQ(scriptor.reloadLua(3), GlibStatus::Ok);
+    EXPECT_EQ(luatext::shown(scriptor.getLua(false), "loads"), "1") << "it is loaded, and has not changed";
+}
+
 TEST(TimeLimit, HoldsWhileAStateIsClosed)
 {
     const Reports reports;
@@ -228,6 +412,51 @@ TEST(TimeLimit, TakesTheHookBackWhenAHostLeavesIt)
     ASSERT_EQ(runChunk(scriptor, "function forever() while true do end end"), GlibStatus::Ok);
     lua_sethook(scriptor.getLua(false), nullptr, 0, 0);
     EXPECT_EQ(scriptor.callSeg("forever"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Time);
+}
+
+/// A function for scripts that takes its time, and asks for the limits at its end.
+int waitAndAsk(lua_State* L)
+{
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(300)) {
+    }
+    quorlua::checkScriptLimits(L);
+    return 0;
+}
+
+TEST(TimeLimit, HasNoPlaceToReportInAFunctionOfTheHost)
+{
+    const Reports reports;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "waitAndAsk", waitAndAsk);
+    EXPECT_EQ(runChunk(scriptor, "waitAndAsk()"), GlibStatus::ScriptFailed);
+    ASSERT_FALSE(reports.all().empty());
+    EXPECT_EQ(reports.all()[0], "time limit: the script was stopped after 0.25 seconds");
+}
+
+void* allocateByAnother(void* other, void* block, std::size_t before, std::size_t size)
+{
+    const auto& [allocate, user] = *static_cast<std::pair<lua_Alloc, void*>*>(other);
+    return allocate(user, block, before, size);
+}
+
+TEST(TimeLimit, IsNoneWhileAHostHasAnAllocatorOfItsOwn)
+{
+    const Reports reports;
+    const Limited limited(0.25);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor,
+                       "function wait() local start = os.clock() while os.clock() - start < 0.3 do end end"),
+              GlibStatus::Ok);
+    lua_State* L = scriptor.getLua(false);
+    std::pair<lua_Alloc, void*> own{};
+    own.first = lua_getallocf(L, &own.second);
+    lua_setallocf(L, allocateByAnother, &own);
+    EXPECT_EQ(scriptor.callSeg("wait"), GlibStatus::Ok);
+    lua_setallocf(L, own.first, own.second);
+    EXPECT_EQ(scriptor.callSeg("wait"), GlibStatus::ScriptFailed);
     EXPECT_EQ(takeLimitReached(), LimitReached::Time);
 }
 
@@ -295,6 +524,29 @@ TEST(MemoryLimit, RefusesNothingToAHostOutsideOfOperations)
     lua_pop(L, 1);
     lua_gc(L, LUA_GCCOLLECT, 0);
     EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::Ok);
+}
+
+TEST(MemoryLimit, CountsWhatAHostHolds)
+{
+    const Limited limited(0, 4 * megabyte);
+    QuorGlibScriptor scriptor;
+    lua_State* L = scriptor.getLua(false);
+    ASSERT_NE(L, nullptr);
+    const int top = lua_gettop(L);
+    lua_newuserdata(L, 8 * megabyte);
+    EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::ScriptFailed);
+    EXPECT_EQ(takeLimitReached(), LimitReached::Memory);
+    scriptor.initLua();
+    EXPECT_EQ(lua_gettop(scriptor.getLua(false)), top);
+    EXPECT_EQ(runChunk(scriptor, "x = {}"), GlibStatus::Ok);
+}
+
+TEST(MemoryLimit, IsNoLimitOfTimeWhereAHostAsks)
+{
+    const Limited limited(0, 4 * megabyte);
+    QuorGlibScriptor scriptor;
+    lua_register(scriptor.getLua(false), "waitAndAsk", waitAndAsk);
+    EXPECT_EQ(runChunk(scriptor, "waitAndAsk()"), GlibStatus::Ok);
 }
 
 TEST(MemoryLimit, BelowWhatTheLibrariesTakeLeavesNoState)

@@ -3,6 +3,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -341,6 +342,8 @@ TEST_F(Segments, FailInAFrameThatIsFull)
     EXPECT_EQ(call("plain", keypoints), Quor::ScriptFailed);
     EXPECT_EQ(call("plain", primitives), Quor::ScriptFailed);
     EXPECT_EQ(kept([&] { return static_cast<int>(scriptor.callSeg("plain", style)); }), Quor::ScriptFailed);
+    EXPECT_THAT(alerts,
+                ElementsAreArray(std::vector<std::string>(5, "no room on the stack to call `plain'")));
     EXPECT_EQ(kept([&] { return static_cast<int>(scriptor.exeLuaUI(first, second, records)); }),
               Quor::CadReturn::CallFailed);
     EXPECT_FALSE(kept([&] { return scriptor.setConstFactor(1); }));

@@ -231,6 +231,9 @@ std::optional<std::string> utf8FromGbk(std::string_view gbk)
     return utf8;
 }
 
+FewFiles::FewFiles() = default;
+FewFiles::~FewFiles() = default;
+
 bool runOnStack(std::size_t bytes, void (*work)(void* data), void* data)
 {
     struct Task {

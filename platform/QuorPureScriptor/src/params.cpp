@@ -1,13 +1,35 @@
+#include "ListBounds.h"
 #include "Protected.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <exception>
+#include <stdexcept>
 
 namespace quorlua {
+
+constinit detail::ListBounds detail::listBounds;
+
 namespace {
 
 using lua_tinker::detail::reserve;
 using lua_tinker::detail::tableAt;
+
+// What is left of the bounds for one list; throws where more is taken, which ends the reading.
+class Budget {
+public:
+    void takeEntry()
+    {
+        if (left_.entries-- == 0) throw std::length_error("too many entries");
+    }
+    void takeBytes(std::size_t bytes)
+    {
+        if (bytes > left_.bytes) throw std::length_error("too much text");
+        left_.bytes -= bytes;
+    }
+
+private:
+    detail::ListBounds left_ = detail::listBounds;
+};
 
 // Enough for a list in a list in a table, a record of it and a point in that.
 constexpr int slotsOfReader = 14;
@@ -56,7 +78,7 @@ void pushText(lua_State* L, const std::string& text)
 
 // From here to the next comment: readers. They call nothing that can raise, so they may hold C++ objects,
 // whose std::bad_alloc they let out to `readList`.
-KVValue valueAt(lua_State* L, int index)
+KVValue valueAt(lua_State* L, int index, Budget& budget)
 {
     switch (lua_type(L, index)) {
     case LUA_TNUMBER:
@@ -66,6 +88,7 @@ KVValue valueAt(lua_State* L, int index)
     case LUA_TSTRING: {
         std::size_t length = 0;
         const char* text = lua_tolstring(L, index, &length);
+        budget.takeBytes(length);
         return KVValue::ofString(std::string(text, length));
     }
     case LUA_TTABLE: {
@@ -79,31 +102,33 @@ KVValue valueAt(lua_State* L, int index)
 }
 
 // The text of a string; empty for anything else.
-std::string textAt(lua_State* L, int index)
+std::string textAt(lua_State* L, int index, Budget& budget)
 {
     std::size_t length = 0;
     const char* text = lua_type(L, index) == LUA_TSTRING ? lua_tolstring(L, index, &length) : nullptr;
+    budget.takeBytes(length);
     return text ? std::string(text, length) : std::string();
 }
 
 // A number is rendered aside: lua_tolstring would turn the key itself into a string, and the walk would end
 // in an error.
-bool keyAt(lua_State* L, int index, std::string& key)
+bool keyAt(lua_State* L, int index, std::string& key, Budget& budget)
 {
     const int type = lua_type(L, index);
     if (type == LUA_TNUMBER)
         key = numberText(lua_tonumber(L, index));
     else if (type == LUA_TSTRING)
-        key = textAt(L, index);
+        key = textAt(L, index, budget);
     return type == LUA_TNUMBER || type == LUA_TSTRING;
 }
 
 // Calls `entry()` for each entry of the table, with its key at -2 and its value at -1.
 template<class Entry>
-void eachEntry(lua_State* L, int table, Entry entry)
+void eachEntry(lua_State* L, int table, Budget& budget, Entry entry)
 {
     lua_pushnil(L);
     while (lua_next(L, table)) {
+        budget.takeEntry();
         entry();
         lua_settop(L, -2);
     }
@@ -111,48 +136,50 @@ void eachEntry(lua_State* L, int table, Entry entry)
 
 // Calls `element(table)` for each table among the values at 1, 2, ... up to the first nil.
 template<class Element>
-void eachElement(lua_State* L, int table, Element element)
+void eachElement(lua_State* L, int table, Budget& budget, Element element)
 {
     for (int i = 1;; ++i) {
         lua_rawgeti(L, table, i);
         const bool ended = lua_isnil(L, -1);
+        if (!ended) budget.takeEntry();
         if (lua_istable(L, -1)) element(lua_gettop(L));
         lua_settop(L, -2);
         if (ended) return;
     }
 }
 
-KVValue fieldValue(lua_State* L, int table, int key)
+KVValue fieldValue(lua_State* L, int table, int key, Budget& budget)
 {
     lua_rawgeti(L, table, key);
-    KVValue value = valueAt(L, -1);
+    KVValue value = valueAt(L, -1, budget);
     lua_settop(L, -2);
     return value;
 }
 
-std::string fieldText(lua_State* L, int table, int key)
+std::string fieldText(lua_State* L, int table, int key, Budget& budget)
 {
     lua_rawgeti(L, table, key);
-    std::string text = textAt(L, -1);
+    std::string text = textAt(L, -1, budget);
     lua_settop(L, -2);
     return text;
 }
 
-bool fieldKey(lua_State* L, int table, int key, std::string& text)
+bool fieldKey(lua_State* L, int table, int key, std::string& text, Budget& budget)
 {
     lua_rawgeti(L, table, key);
-    const bool read = keyAt(L, -1, text);
+    const bool read = keyAt(L, -1, text, budget);
     lua_settop(L, -2);
     return read;
 }
 
-void readArray(lua_State* L, int table, std::vector<KVParams>& records)
+void readArray(lua_State* L, int table, std::vector<KVParams>& records, Budget& budget)
 {
-    eachElement(L, table, [&](int element) {
+    eachElement(L, table, budget, [&](int element) {
         KVParams record;
-        if (!fieldKey(L, element, 1, record.key)) return;
-        record.value = fieldValue(L, element, 2);
-        record.note = fieldText(L, element, 3);
+        if (!fieldKey(L, element, 1, record.key, budget)) return;
+        record.value = fieldValue(L, element, 2, budget);
+        record.note = fieldText(L, element, 3, budget);
+        budget.takeBytes(sizeof record);
         records.push_back(std::move(record));
     });
 }
@@ -166,7 +193,8 @@ bool readList(lua_State* L, int tableIndex, List& list, bool clearFirst, Body bo
     if (table == 0 || !reserve(L, slotsOfReader)) return false;
     const int top = lua_gettop(L);
     try {
-        body(table);
+        Budget budget;
+        body(table, budget);
         return true;
     } catch (const std::exception&) {
         lua_settop(L, top);
@@ -222,11 +250,12 @@ bool setParams(lua_State* L, int tableIndex, const std::vector<KVParams>& record
 
 bool getParams(lua_State* L, int tableIndex, std::vector<KVParams>& records, bool clearFirst)
 {
-    return readList(L, tableIndex, records, clearFirst, [&](int table) {
-        eachEntry(L, table, [&] {
+    return readList(L, tableIndex, records, clearFirst, [&](int table, Budget& budget) {
+        eachEntry(L, table, budget, [&] {
             KVParams record;
-            if (!keyAt(L, -2, record.key)) return;
-            record.value = valueAt(L, -1);
+            if (!keyAt(L, -2, record.key, budget)) return;
+            record.value = valueAt(L, -1, budget);
+            budget.takeBytes(sizeof record);
             records.push_back(std::move(record));
         });
     });
@@ -251,13 +280,14 @@ bool setParams_note(lua_State* L, int tableIndex, const std::vector<KVParams>& r
 
 bool getParams_note(lua_State* L, int tableIndex, std::vector<KVParams>& records, bool clearFirst)
 {
-    return readList(L, tableIndex, records, clearFirst, [&](int table) {
-        eachEntry(L, table, [&] {
+    return readList(L, tableIndex, records, clearFirst, [&](int table, Budget& budget) {
+        eachEntry(L, table, budget, [&] {
             KVParams record;
-            if (!lua_istable(L, -1) || !keyAt(L, -2, record.key)) return;
+            if (!lua_istable(L, -1) || !keyAt(L, -2, record.key, budget)) return;
             const int element = lua_gettop(L);
-            record.note = fieldText(L, element, 1);
-            record.value = fieldValue(L, element, 2);
+            record.note = fieldText(L, element, 1, budget);
+            record.value = fieldValue(L, element, 2, budget);
+            budget.takeBytes(sizeof record);
             records.push_back(std::move(record));
         });
     });
@@ -273,7 +303,8 @@ bool setArrayParams(lua_State* L, int tableIndex, const std::vector<KVParams>& r
 
 bool getArrayParams(lua_State* L, int tableIndex, std::vector<KVParams>& records, bool clearFirst)
 {
-    return readList(L, tableIndex, records, clearFirst, [&](int table) { readArray(L, table, records); });
+    return readList(L, tableIndex, records, clearFirst,
+                    [&](int table, Budget& budget) { readArray(L, table, records, budget); });
 }
 
 bool setArrayParams(lua_State* L, int tableIndex, const std::vector<std::vector<KVParams>>& lists)
@@ -291,8 +322,11 @@ bool setArrayParams(lua_State* L, int tableIndex, const std::vector<std::vector<
 
 bool getArrayParams(lua_State* L, int tableIndex, std::vector<std::vector<KVParams>>& lists, bool clearFirst)
 {
-    return readList(L, tableIndex, lists, clearFirst, [&](int table) {
-        eachElement(L, table, [&](int element) { readArray(L, element, lists.emplace_back()); });
+    return readList(L, tableIndex, lists, clearFirst, [&](int table, Budget& budget) {
+        eachElement(L, table, budget, [&](int element) {
+            budget.takeBytes(sizeof(std::vector<KVParams>));
+            readArray(L, element, lists.emplace_back(), budget);
+        });
     });
 }
 
@@ -315,11 +349,12 @@ bool setKVdataArray(lua_State* L, int tableIndex, const std::vector<KVData>& rec
 
 bool getKVdataArray(lua_State* L, int tableIndex, std::vector<KVData>& records, bool clearFirst)
 {
-    return readList(L, tableIndex, records, clearFirst, [&](int table) {
-        eachElement(L, table, [&](int element) {
+    return readList(L, tableIndex, records, clearFirst, [&](int table, Budget& budget) {
+        eachElement(L, table, budget, [&](int element) {
             KVData record;
-            if (!fieldKey(L, element, 1, record.key)) return;
-            record.value = fieldValue(L, element, 2);
+            if (!fieldKey(L, element, 1, record.key, budget)) return;
+            record.value = fieldValue(L, element, 2, budget);
+            budget.takeBytes(sizeof record);
             records.push_back(std::move(record));
         });
     });

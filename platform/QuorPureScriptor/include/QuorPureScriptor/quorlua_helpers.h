@@ -84,7 +84,8 @@ QUORPURESCRIPTOR_API void clearLuaTable(lua_State* L, int tableIndex);
 //
 // A reader appends to the list, or replaces it when `clearFirst` is set, and never raises: [-0, +0, -]. It
 // gives false when the index holds no table (the list is then as it was, or cleared), or when memory or stack
-// runs out (with what was read so far). A number becomes a double, a string a string, a boolean a bool, a
+// runs out, or beyond 67,108,864 entries in all or 1 GiB of records and texts (with what was read so far). A
+// number becomes a double, a string a string, a boolean a bool, a
 // point a point; any other value leaves the record without one. So shorts and ints come back as doubles,
 // everything else exactly as written. A key that is a number is rendered as Lua prints it; entries with other
 // keys, and entries of another shape than the layout's, are passed over.

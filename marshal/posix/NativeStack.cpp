@@ -7,14 +7,19 @@
 namespace quorlua {
 namespace {
 
-/// From the lowest address to the one behind the highest; asked once per thread.
+/// From the lowest address to the one behind the highest; found once per thread.
 struct Bounds {
     std::uintptr_t low;
     std::uintptr_t high;
 };
 
 constinit thread_local Bounds bounds{0, 0};
+/// Where the stack is taken to end as long as the system does not tell.
+constinit thread_local std::uintptr_t assumedLow = 0;
 
+constexpr std::size_t assumedSize = std::size_t{256} * 1024;
+
+/// Of the main thread the C library reads a file: without a free descriptor, or without "/proc", it fails.
 bool findBounds()
 {
     pthread_attr_t attributes;
@@ -27,6 +32,12 @@ bool findBounds()
     return found;
 }
 
+NativeStack assumedStack(std::uintptr_t here)
+{
+    if (assumedLow == 0) assumedLow = here - assumedSize;
+    return {assumedSize, here > assumedLow ? here - assumedLow : 0};
+}
+
 } // namespace
 
 NativeStack nativeStack()
@@ -34,7 +45,7 @@ NativeStack nativeStack()
     constexpr std::size_t unknown = std::numeric_limits<std::size_t>::max();
     // Not the address of a variable: sanitizers keep these elsewhere.
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    if (bounds.high == 0 && !findBounds()) return {unknown, unknown};
+    if (bounds.high == 0 && !findBounds()) return assumedStack(here);
     if (here < bounds.low || here >= bounds.high) return {unknown, unknown};
     return {bounds.high - bounds.low, here - bounds.low};
 }
