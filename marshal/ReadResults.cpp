@@ -117,7 +117,7 @@ void readTriple(lua_State* L, int index, Triple& triple)
     if (whole) triple.set(point.x, point.y, point.z);
 }
 
-void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+[[gnu::noinline]] void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     switch (letter) {
     case 'p':
@@ -193,7 +193,7 @@ bool isIdType(int type)
     return type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
 }
 
-void readText(lua_State* L, int index, char letter, const CallItem& item)
+[[gnu::noinline]] void readText(lua_State* L, int index, char letter, const CallItem& item)
 {
     Bytes bytes;
     if (letter == 's' && lua_isnil(L, index)) output<'s'>(item) = nullptr;
@@ -203,9 +203,8 @@ void readText(lua_State* L, int index, char letter, const CallItem& item)
     if (letter == 'y') output<'y'>(item) = duplicateBytes(bytes);
 }
 
-void readResult(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+void readResult(lua_State* L, int index, int type, char letter, const CallItem& item, int& kept)
 {
-    const int type = lua_type(L, index);
     switch (letter) {
     case 'i':
         if (type == LUA_TNUMBER)
@@ -244,17 +243,19 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
 
 } // namespace
 
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept)
+bool readResultsByFormat(lua_State* L, const char* format, int top, int count, const CallItem* items,
+                         int& kept)
 {
     if (count == 0) return true;
-    const int first = lua_gettop(L) - count + 1;
-    int nils = 0;
-    while (nils < count && lua_isnil(L, first + nils))
-        ++nils;
-    if (nils == count) return false;
+    const int first = top - count + 1;
+    const int firstType = lua_type(L, first);
+    bool allNil = firstType == LUA_TNIL;
+    for (int i = 1; allNil && i < count; ++i)
+        allNil = lua_isnil(L, first + i);
+    if (allNil) return false;
     for (int i = 0; i < count; ++i) {
         if (kindsOf(format[i]).result == CallItemKind::None) return false;
-        readResult(L, first + i, format[i], items[i], kept);
+        readResult(L, first + i, i == 0 ? firstType : lua_type(L, first + i), format[i], items[i], kept);
     }
     return true;
 }
