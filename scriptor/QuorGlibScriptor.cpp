@@ -149,13 +149,17 @@ void QuorGlibScriptor::initLua()
                        lua_setglobal(frame, "mirt_get_luafile");
                        quorlua::guardCallbacks(frame);
                        lua_tinker::init(frame);
-                       lua_gc(frame, LUA_GCRESTART, 0);
                        return 0;
                    });
     } catch (const std::exception&) {
         complete = false;
     }
-    if (complete) return;
+    if (complete) {
+        // Out here, where this raises nothing: at the end of guarded work the collector would take a step at
+        // once.
+        lua_gc(state_, LUA_GCRESTART, 0);
+        return;
+    }
     // Half a state is of no use to a script.
     quorlua::closeForGood(state_, baseTop_);
 }

@@ -22,10 +22,11 @@ struct Record {
 // [-0, +1, m]
 void pushOrMake(lua_State* L, Kept key)
 {
+    constexpr int usualEntries = 2; // of one class
     detail::pushKept(L, key);
     if (lua_istable(L, -1)) return;
     lua_settop(L, -2);
-    lua_newtable(L);
+    lua_createtable(L, 0, usualEntries);
     lua_pushvalue(L, -1);
     detail::keep(L, key);
 }

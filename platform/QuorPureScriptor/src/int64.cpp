@@ -236,8 +236,7 @@ long long read_int64(lua_State* L, int index)
 
 void detail::installInt64(lua_State* L)
 {
-    pushMetatable(L);
-    lua_settop(L, -2);
+    // Their metatable is made with the first of them: most states never have one.
     lua_pushcfunction(L, makeInt64);
     set_global(L, "int64");
 }

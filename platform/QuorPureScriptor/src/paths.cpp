@@ -56,9 +56,12 @@ void pushPattern(lua_State* L, const char* pattern, bool native)
     lua_pushstring(L, pattern);
 #else
     constexpr std::string_view windowsModule = ".dll";
+    constexpr std::size_t usualSize = 512;
     std::size_t length = std::strlen(pattern);
-    // Scratch memory is a userdata: it goes away by itself when a push raises.
-    char* text = static_cast<char*>(lua_newuserdata(L, length + 1));
+    // Scratch memory for a longer one is a userdata: it goes away by itself when a push raises.
+    char usual[usualSize];
+    const bool isUsual = length < usualSize;
+    char* text = isUsual ? usual : static_cast<char*>(lua_newuserdata(L, length + 1));
     std::memcpy(text, pattern, length + 1);
     turnSeparators(text, length);
     const bool isWindowsModule = native && std::string_view(text, length).ends_with(windowsModule);
@@ -68,7 +71,7 @@ void pushPattern(lua_State* L, const char* pattern, bool native)
         lua_pushliteral(L, ".so");
         lua_concat(L, 2);
     }
-    lua_remove(L, -2);
+    if (!isUsual) lua_remove(L, -2);
 #endif
 }
 
