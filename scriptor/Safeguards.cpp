@@ -122,12 +122,14 @@ constexpr luaL_Reg guardedOfString[] = {
 void guardFunctions(lua_State* L, int table, std::span<const luaL_Reg> guards)
 {
     for (const auto& [name, function] : guards) {
-        lua_getfield(L, table, name);
+        lua_pushstring(L, name);
+        lua_pushvalue(L, -1);
+        lua_rawget(L, table); // [-2] name, [-1] the interpreter's own
         if (lua_iscfunction(L, -1)) {
             lua_pushcclosure(L, function, 1);
-            lua_setfield(L, table, name);
+            lua_rawset(L, table);
         } else {
-            lua_pop(L, 1);
+            lua_pop(L, 2);
         }
     }
 }

@@ -198,6 +198,8 @@ void pushMetatable(lua_State* L)
     if (lua_istable(L, -1)) [[likely]]
         return;
     lua_settop(L, -2);
+    constexpr int slots = 3; // the table, a key and its value
+    luaL_checkstack(L, slots, "64-bit integer");
     lua_createtable(L, tagSlot, static_cast<int>(std::size(metamethods)) + 1);
     lua_pushlightuserdata(L, const_cast<char*>(&tag));
     lua_rawseti(L, -2, tagSlot);
