@@ -264,8 +264,9 @@ TEST_F(Helpers, AppendSearchPathsOfAnyLength)
     addPath(L, (folder + "\\?.lua").c_str());
     addCPath(L, (folder + ".dll").c_str());
     EXPECT_EQ(lua_gettop(L), 0);
+    run("package.path = package.path:gsub('^a+', function(path) return #path end)");
     EXPECT_EQ(shown("package.path"),
-              std::string(3000, 'a') + ";" + sys::pathOf("bin/?.lua") + ";" + sys::pathOf(folder + "/?.lua"));
+              "3000;" + sys::pathOf("bin/?.lua") + ";" + sys::pathOf(folder + "/?.lua"));
 #if defined(_WIN32)
     EXPECT_EQ(shown("package.cpath"), "b;" + folder + ".dll");
 #else
