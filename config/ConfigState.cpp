@@ -208,9 +208,12 @@ bool known::call(lua_State* L, int arguments)
 {
     const int handler = lua_gettop(L) - arguments - 1;
     const int status = lua_pcall(L, arguments, 1, handler);
-    // The handler is not asked when memory or the processor's stack has run out.
-    if (status != 0 && status != LUA_ERRRUN && lua_type(L, -1) == LUA_TSTRING)
-        lua_tinker::print_error(L, "%s", lua_tostring(L, -1));
+    // The handler was not asked when memory or the processor's stack has run out.
+    if (status != 0 && status != LUA_ERRRUN) {
+        lua_pushvalue(L, handler);
+        lua_pushvalue(L, -2);
+        if (lua_pcall(L, 1, 0, 0) != 0) lua_pop(L, 1);
+    }
     return status == 0;
 }
 

@@ -64,6 +64,16 @@ int install(lua_State* L)
     return 0;
 }
 
+int installAll(lua_State* L)
+{
+    install(L);
+    for (unsigned int text = 0; text < textKeys; ++text) {
+        lua_pushboolean(L, 0);
+        lua_rawseti(L, LUA_REGISTRYINDEX, firstTextKey - static_cast<int>(text));
+    }
+    return 0;
+}
+
 /// `lua_cpcall`, once more where a script's finalizer raised while the collector ran: it has had its turn
 /// then. Leaves no error value. [-0, +0, -]
 int callTwice(lua_State* L, lua_CFunction function, void* data)
@@ -152,6 +162,11 @@ bool pushSlot(lua_State* L, int index)
     if (!isSlot(L, index) || !reserve(L, 1)) return false;
     lua_pushvalue(L, index);
     return true;
+}
+
+bool prepare(lua_State* L)
+{
+    return callTwice(L, installAll, nullptr) == 0;
 }
 
 bool pushKnownText(lua_State* L, const char* text)

@@ -72,6 +72,10 @@ bool pushKnownFunction(lua_State* L, const char* name);
 /// The same above the message handler. Needs two free slots. [-0, +(0|2), -]
 bool pushHandlerAndKnownFunction(lua_State* L, const char* name);
 
+/// In a state that may come to be refused memory: makes all that the guard keeps in it. What scripts left
+/// uses up nothing that a call of a function would need then. False when memory ran out. [-0, +0, -]
+bool prepare(lua_State* L);
+
 /// Pushes a text, as `lua_pushstring` does. Needs two free slots. [-0, +1, m]
 void pushText(lua_State* L, const char* text);
 

@@ -1,5 +1,7 @@
 #include "Limits.h"
 
+#include "Guard.h"
+
 #include <QuorPureScriptor/lua_tinker.h>
 #include <QuorPureScriptor/quorlua_helpers.h>
 #include <QuorScriptor/ScriptLimits.h>
@@ -125,9 +127,7 @@ void reportOnce(lua_State* L, Limiter& limiter)
     if (limiter.isReported) return;
     limiter.isReported = true;
     lua_Debug frame{};
-    lua_getstack(L, 0, &frame); // of a running function: whoever calls will raise an error in it
-    lua_getinfo(L, "Sl", &frame);
-    if (frame.currentline > 0)
+    if (lua_getstack(L, 0, &frame) != 0 && lua_getinfo(L, "Sl", &frame) != 0 && frame.currentline > 0)
         lua_tinker::print_error(nullptr, "%s:%d: %s", frame.short_src, frame.currentline, limiter.message);
     else
         lua_tinker::print_error(nullptr, "%s", limiter.message);
@@ -254,16 +254,16 @@ bool limitNewState(lua_State* L, bool untrusted)
     lua_setallocf(L, allocate, limiter);
     // From the beginning: each coroutine takes over the hook of the one that makes it.
     if (isTimed(*limiter)) setHook(L, usualCount);
+    bool complete = guard::prepare(L);
 #if defined(LUAJIT_VERSION)
-    if (lua_cpcall(L, keepLastBlock, nullptr) != 0) {
-        lua_setallocf(L, limiter->allocate, limiter->allocator);
-        lua_sethook(L, nullptr, 0, 0);
-        lua_settop(L, 0);
-        delete limiter;
-        return false;
-    }
+    complete = complete && lua_cpcall(L, keepLastBlock, nullptr) == 0;
 #endif
-    return true;
+    if (complete) return true;
+    lua_setallocf(L, limiter->allocate, limiter->allocator);
+    lua_sethook(L, nullptr, 0, 0);
+    lua_settop(L, 0);
+    delete limiter;
+    return false;
 }
 
 void closeState(lua_State* L)
@@ -277,6 +277,12 @@ bool hasTimeLimit(lua_State* L)
 {
     const Limiter* limiter = limiterOf(L);
     return limiter && isTimed(*limiter);
+}
+
+bool hasMemoryLimit(lua_State* L)
+{
+    const Limiter* limiter = limiterOf(L);
+    return limiter && limiter->mostBytes != Limiter().mostBytes;
 }
 
 bool isTimeOver(lua_State* L)

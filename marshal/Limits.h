@@ -43,6 +43,7 @@ bool limitNewState(lua_State* L, bool untrusted);
 void closeState(lua_State* L);
 
 bool hasTimeLimit(lua_State* L);
+bool hasMemoryLimit(lua_State* L);
 /// Whether an operation is on its way whose time is over; that is reported as an error once. [-0, +0, -]
 bool isTimeOver(lua_State* L);
 bool isUntrusted(lua_State* L);

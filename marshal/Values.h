@@ -68,13 +68,19 @@ inline std::size_t textSize(lua_State* L, int index)
 /// locale. [-0, +0, -]
 bool readNumeric(lua_State* L, int index, double& number);
 
+/// Where a slot is found after more was pushed: upvalues, the globals and the registry stay where they are.
+inline int behind(int index, int pushed)
+{
+    return index < 0 && index > LUA_REGISTRYINDEX ? index - pushed : index;
+}
+
 /// Reads {x, y, z} and leaves the coordinates on the stack for the caller to cut off. [-0, +(0|3), -]
 inline bool readPoint(lua_State* L, int index, QuorPoint& point)
 {
     if (lua_type(L, index) != LUA_TTABLE) return false;
     lua_rawgeti(L, index, 1);
-    lua_rawgeti(L, index < 0 ? index - 1 : index, 2);
-    lua_rawgeti(L, index < 0 ? index - 2 : index, 3);
+    lua_rawgeti(L, behind(index, 1), 2);
+    lua_rawgeti(L, behind(index, 2), 3);
     QuorPoint read;
     if (!readNumber(L, -3, read.x) || !readNumber(L, -2, read.y) || !readNumber(L, -1, read.z)) return false;
     point = read;

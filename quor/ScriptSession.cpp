@@ -254,8 +254,10 @@ void ScriptSession::loadFile()
     if (!L) throw Failure(ScriptFailed, fmt::format("{}: {}", path(), describe(GlibStatus::NoState)));
     if (!options_.limits.untrusted) lua_tinker::dobuffer(L, standardError, sizeof standardError - 1);
     if (!alone_) shareProcess(L);
-    for (const Global& global : globalsOf(L))
-        globalsBefore_.push_back(global.name);
+    for (const Global& global : globalsOf(L)) {
+        globalsBefore_.insert(global.name);
+        sourcesBefore_.insert(global.source);
+    }
 
     const bool isKnown = scriptor_->getFileName() != nullptr;
     const GlibStatus status =
@@ -293,7 +295,7 @@ std::vector<std::string> ScriptSession::ownFunctions() const
     for (const Global& global : globals) {
         if (global.source.empty()) continue;
         if (global.source == "@" + systemPath_) own.push_back(global.name);
-        if (!std::binary_search(globalsBefore_.begin(), globalsBefore_.end(), global.name))
+        if (!globalsBefore_.contains(global.name) && !sourcesBefore_.contains(global.source))
             added.push_back(global.name);
     }
     // Precompiled scripts may name another file; what they added is then taken for their own.

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <QuorScriptor/QuorGlibScriptor.h>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -105,7 +106,9 @@ private:
     FoundFile script_;
     std::string systemPath_; ///< the same as the library takes it
     std::string name_;
-    std::vector<std::string> globalsBefore_;
+    std::set<std::string> globalsBefore_;
+    /// Of functions written in Lua that were there: safeguards among them, on some engines.
+    std::set<std::string> sourcesBefore_;
     std::string scenePath_;
     std::unique_ptr<SceneFunctor> functor_;
     std::unique_ptr<SceneTextStyle> textStyle_;

@@ -61,6 +61,7 @@ void openLibraries(lua_State* L)
         luaL_openlibs(L);
     quorlua::installSafeguards(L);
     if (quorlua::limits::hasTimeLimit(L)) quorlua::keepHook(L);
+    if (quorlua::limits::hasTimeLimit(L) || quorlua::limits::hasMemoryLimit(L)) quorlua::keepInterpreted(L);
 }
 
 /// Leaves the "glib" table as the one result: it stays the stack's bottom value. The collector stays stopped

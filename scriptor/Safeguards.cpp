@@ -237,6 +237,10 @@ void guardCallbacks([[maybe_unused]] lua_State* L)
 void keepHook(lua_State* L)
 {
     replace(L, "debug", "sethook", refuseHook);
+}
+
+void keepInterpreted([[maybe_unused]] lua_State* L)
+{
 #if defined(LUAJIT_VERSION)
     luaJIT_setmode(L, 0, LUAJIT_MODE_ENGINE | LUAJIT_MODE_OFF);
     replace(L, "jit", "on", doNothing);

@@ -20,7 +20,11 @@ void installSafeguards(lua_State* L);
 /// put in their places. [-0, +0, e]
 void guardCallbacks(lua_State* L);
 
-/// Lets no script take away the hook of the time limit, or have code compiled that calls no hook. [-0, +0, m]
+/// Lets no script take away the hook of the time limit. [-0, +0, m]
 void keepHook(lua_State* L);
+
+/// Lets no script have code compiled, which calls no hook, and which LuaJIT itself does not always survive
+/// when it is refused memory. [-0, +0, m]
+void keepInterpreted(lua_State* L);
 
 } // namespace quorlua

@@ -1,6 +1,7 @@
 #include "Context.h"
 #include "KeptBlocks.h"
 #include "Limits.h"
+#include "NativeStack.h"
 #include "StateTrust.h"
 #include "duplicateText.h"
 
@@ -29,11 +30,21 @@ char* makeFileName(const char* path)
     return quorlua::duplicateText(path);
 }
 
+/// Whether a script may run on what is left of the processor's stack; says that it may not past
+/// "_ALERT", which would be a call of the script's again.
+bool leavesRoomToRun()
+{
+    if (quorlua::leavesRoomForScript()) return true;
+    lua_tinker::print_error(nullptr, "C stack overflow");
+    return false;
+}
+
 /// Runs a buffer; false when it fails.
 bool runBuffer(lua_State* L, const quor_binary& buffer)
 {
     const quorlua::limits::Operation operation(L);
-    return lua_tinker::dobuffer(L, buffer.data, static_cast<std::size_t>(buffer.length)) == 0;
+    return leavesRoomToRun() &&
+           lua_tinker::dobuffer(L, buffer.data, static_cast<std::size_t>(buffer.length)) == 0;
 }
 
 GlibStatus reportLoaded(lua_State* L, FunctionRightAfterLoadFile* callback)
@@ -51,7 +62,7 @@ GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* c
     if (!L) return GlibStatus::ScriptFailed;
     {
         const quorlua::limits::Operation operation(L);
-        if (lua_tinker::dofile(L, file) != 0) return GlibStatus::ScriptFailed;
+        if (!leavesRoomToRun() || lua_tinker::dofile(L, file) != 0) return GlibStatus::ScriptFailed;
     }
     return reportLoaded(L, callback);
 }

@@ -4,6 +4,9 @@
 
 #include <cstdlib>
 #include <lua.hpp>
+#if defined(LUAJIT_VERSION)
+#include <dlfcn.h>
+#endif
 
 /// Included by one source of a test program: every Lua state, those that the library makes included, is
 /// granted only as much memory as is said here. On an engine that takes no allocator there are no states.
@@ -53,6 +56,14 @@ __attribute__((visibility("default"))) lua_State* luaL_newstate() // NOLINT(misc
 {
     return lua_newstate(rationed::allocateForStates, nullptr);
 }
+#if defined(LUAJIT_VERSION)
+// That engine's compiler, and what it compiled, may crash where memory is refused.
+__attribute__((visibility("default"))) void luaL_openlibs(lua_State* L) // NOLINT(misc-definitions-in-headers)
+{
+    reinterpret_cast<void (*)(lua_State*)>(dlsym(RTLD_NEXT, "luaL_openlibs"))(L);
+    luaJIT_setmode(L, 0, LUAJIT_MODE_ENGINE | LUAJIT_MODE_OFF);
+}
+#endif
 #endif
 
 namespace rationed {

@@ -27,9 +27,10 @@
 /// A host that runs a script's code itself, by Lua's own functions, makes that an operation by a
 /// `ScriptOperation` around it.
 ///
-/// Cost: with a time limit the interpreter counts instructions, which makes scripts up to two fifths slower,
-/// and LuaJIT compiles nothing in such a state (its compiled loops count nothing). A memory limit costs a few
-/// nanoseconds for each request. Without any limit nothing is added but one test per operation.
+/// Cost: with a time limit the interpreter counts instructions, which makes scripts up to two fifths slower.
+/// A memory limit costs a few nanoseconds for each request. With either, LuaJIT compiles nothing: its
+/// compiled loops count nothing, and its compiler does not always survive when it is refused memory. Without
+/// any limit nothing is added but one test per operation.
 ///
 /// The limits lie in the state's allocator, as `lua_getallocf` gives it: a host that puts another one in its
 /// place, or around it, takes the limits and the distrust away, and puts it back before the state is closed.

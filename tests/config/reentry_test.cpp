@@ -157,15 +157,19 @@ TEST_F(Reentry, OfAScriptThatLoadsItselfFindsItThere)
 TEST_F(Reentry, OfScriptsThatLoadEachOtherEnds)
 {
     static int loads;
-    loads = 0;
+    static int overflows;
+    loads = overflows = 0;
+    // Where one engine counts the calls, another one is stopped by what is left of the processor's stack.
+    lua_tinker::set_error_outlet([](const char*, std::size_t, void*) { ++overflows; }, nullptr);
     Probe::again = [] {
         return initConfig(++loads % 2 == 0 ? "a.lua" : "b.lua", nullptr, nullptr, nullptr) ? "" : nullptr;
     };
     write("a.lua", "probe.again()");
     write("b.lua", "probe.again()");
     EXPECT_TRUE(initConfig("a.lua", nullptr, nullptr, nullptr));
+    lua_tinker::set_error_outlet(nullptr, nullptr);
     EXPECT_GT(loads, 10);
-    EXPECT_FALSE(messages().empty());
+    EXPECT_TRUE(overflows > 0 || !messages().empty());
     Probe::again = nullptr;
     EXPECT_TRUE(start("function getProjectUser() return 'user' end"));
     EXPECT_STREQ(getProjectUserDbPath(), "user");

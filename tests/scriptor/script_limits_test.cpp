@@ -500,6 +500,18 @@ TEST(MemoryLimit, IsExactToTheRequest)
     EXPECT_EQ(scriptor.callSeg("little"), GlibStatus::Ok);
 }
 
+#if defined(LUAJIT_VERSION)
+TEST(MemoryLimit, LetsNoScriptHaveCodeCompiled)
+{
+    const Limited limited(0, 4 * megabyte);
+    QuorGlibScriptor scriptor;
+    EXPECT_EQ(runChunk(scriptor, "jit.on() assert(not jit.status())"), GlibStatus::Ok);
+    quorlua::limitNewStates({});
+    QuorGlibScriptor free;
+    EXPECT_EQ(runChunk(free, "assert(jit.status())"), GlibStatus::Ok);
+}
+#endif
+
 TEST(MemoryLimit, LeavesWhatAScriptHoldsAndRefusesMore)
 {
     const Limited limited(0, 4 * megabyte);
