@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Guard.h"
+
 #include <QuorScriptor/luacall.h>
 #include <array>
 #include <cstdarg>
@@ -14,7 +16,6 @@ namespace quorlua::call {
 struct LetterKinds {
     CallItemKind argument = CallItemKind::None;
     CallItemKind result = CallItemKind::None;
-    bool isHandle = false;
 };
 
 constexpr std::array<LetterKinds, 256> makeLetterTable()
@@ -24,9 +25,9 @@ constexpr std::array<LetterKinds, 256> makeLetterTable()
     {
         ((table[static_cast<unsigned char>(callLetters[i])] =
               LetterKinds{callItemKind<typename CallLetter<callLetters[i]>::Argument>(),
-                          std::is_void_v<typename CallLetter<callLetters[i]>::Result> ? CallItemKind::None
-                                                                                      : CallItemKind::Address,
-                          std::is_same_v<typename CallLetter<callLetters[i]>::Argument, lua_tinker::table>}),
+                          std::is_void_v<typename CallLetter<callLetters[i]>::Result>
+                              ? CallItemKind::None
+                              : CallItemKind::Address}),
          ...);
     };
     add(std::make_index_sequence<sizeof(callLetters) - 1>{});
@@ -43,7 +44,6 @@ inline LetterKinds kindsOf(char letter)
 /// A format taken apart once.
 struct Shape {
     int arguments = 0;     ///< argument letters before '>', the end or the first byte that is none
-    int handles = 0;       ///< those of them that are table handles
     bool valid = true;     ///< no byte before '>' was anything but an argument letter
     const char* rest = ""; ///< what follows the '>', or the byte that is no letter
     int results = 0;       ///< length of the rest: every byte of it is one result
@@ -53,12 +53,14 @@ inline Shape shapeOf(const char* format)
 {
     Shape shape;
     const char* at = format;
-    for (; kindsOf(*at).argument != CallItemKind::None; ++at)
-        shape.handles += kindsOf(*at).isHandle ? 1 : 0;
+    while (kindsOf(*at).argument != CallItemKind::None)
+        ++at;
     shape.arguments = static_cast<int>(at - format);
     shape.valid = *at == '\0' || *at == '>';
     shape.rest = *at == '\0' ? at : at + 1;
-    shape.results = static_cast<int>(std::strlen(shape.rest));
+    // As strlen, which for the few letters of a format costs more.
+    while (shape.rest[shape.results] != '\0')
+        ++shape.results;
     return shape;
 }
 
@@ -108,14 +110,32 @@ inline void takeResults(const char* format, va_list& list, CallItem* items)
 
 /// Pushes an argument where that takes no memory; false, with nothing pushed, elsewhere. Needs a free slot.
 /// [-0, +(0|1), -]
-bool pushKnownArgument(lua_State* L, char letter, const CallItem& item);
+inline bool pushKnownArgument(lua_State* L, char letter, const CallItem& item)
+{
+    switch (letter) {
+    case 'i':
+        lua_pushnumber(L, item.integer);
+        return true;
+    case 'd':
+        lua_pushnumber(L, item.number);
+        return true;
+    case 'n':
+        lua_pushboolean(L, item.truth);
+        return true;
+    case 's':
+        return item.address && guard::pushKnownText(L, static_cast<const char*>(item.address));
+    default:
+        return false;
+    }
+}
 
 /// Pushes what one argument letter describes. A table handle is never among them: its value stands in the
 /// caller's frame. [-0, +1, m]
 void pushArgument(lua_State* L, char letter, const CallItem& item);
 
-/// Reads the `count` results on top of the caller's stack into the items' addresses. Where a result is handed
-/// out as a table handle, `kept` becomes the slot it stands in. Throws only when memory runs out.
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept);
+/// Reads the `count` results up to the slot `top`, the last one, into the items' addresses. Where a result is
+/// handed out as a table handle, `kept` becomes the slot it stands in. Throws only when memory runs out.
+bool readResultsByFormat(lua_State* L, const char* format, int top, int count, const CallItem* items,
+                         int& kept);
 
 } // namespace quorlua::call

@@ -22,13 +22,19 @@ bool growStack(lua_State* L, int wanted);
 
 } // namespace detail
 
+/// As `reserve`, for a caller that knows how many values the frame has. [-0, +0, -]
+inline bool reserveAbove(lua_State* L, int top, int slots)
+{
+    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
+    const int wanted = top + slots + detail::ownSlots;
+    return wanted <= LUA_MINSTACK || detail::growStack(L, wanted);
+}
+
 /// Makes room for `slots` more values in the current frame, besides those the guard pushes itself. False when
 /// the memory or the frame's limit does not allow it. [-0, +0, -]
 inline bool reserve(lua_State* L, int slots)
 {
-    // Every frame starts with room for LUA_MINSTACK values: the common case needs no call.
-    const int wanted = lua_gettop(L) + slots + detail::ownSlots;
-    return wanted <= LUA_MINSTACK || detail::growStack(L, wanted);
+    return reserveAbove(L, lua_gettop(L), slots);
 }
 
 /// Whether an index names a slot of the current frame, or is a pseudo-index.

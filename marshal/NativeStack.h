@@ -26,13 +26,15 @@ constexpr std::size_t stackReserve = std::size_t{256} * 1024;
 constexpr std::size_t stackReserve = std::size_t{200} * 1024;
 #endif
 
-/// Whether the stack leaves so many bytes, and the reserve.
-inline bool leavesRoom(std::size_t needed)
+/// How much of a stack of that size is kept in reserve: on a smaller one the first few calls must do all the
+/// same.
+constexpr std::size_t reserveOf(std::size_t size)
 {
-    const NativeStack stack = nativeStack();
-    // On a smaller stack the first few calls must do all the same.
-    return stack.left >= std::min(stackReserve, stack.size / 4 * 3) + needed;
+    return std::min(stackReserve, size / 4 * 3);
 }
+
+/// Whether the stack leaves so many bytes, and the reserve.
+bool leavesRoom(std::size_t needed);
 
 /// Whether guarded work may begin, which can call the script. Only LuaJIT lets native functions and scripts
 /// call each other without end.

@@ -37,25 +37,6 @@ void fillMaps(lua_State* L, int index, const std::vector<std::vector<KVParams>>&
 
 } // namespace
 
-bool pushKnownArgument(lua_State* L, char letter, const CallItem& item)
-{
-    switch (letter) {
-    case 'i':
-        lua_pushnumber(L, item.integer);
-        return true;
-    case 'd':
-        lua_pushnumber(L, item.number);
-        return true;
-    case 'n':
-        lua_pushboolean(L, item.truth);
-        return true;
-    case 's':
-        return item.address && guard::pushKnownText(L, static_cast<const char*>(item.address));
-    default:
-        return false;
-    }
-}
-
 void pushArgument(lua_State* L, char letter, const CallItem& item)
 {
     if (letter != 's' && pushKnownArgument(L, letter, item)) return;

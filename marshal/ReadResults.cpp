@@ -105,27 +105,25 @@ void readMaps(lua_State* L, int index, std::vector<std::vector<KVParams>>& maps)
     lua_settop(L, top);
 }
 
-/// A point or vector; the default one where the table is none.
+/// The point or vector of the table at an absolute index below `top`, the stack's height; the default one
+/// where the table is none. With the letters of numbers the commonest of all, so it is read in line.
 template<class Triple>
-void readTriple(lua_State* L, int index, Triple& triple)
+void readTriple(lua_State* L, int index, int top, Triple& triple)
 {
-    const int top = lua_gettop(L);
     QuorPoint point{};
-    const bool whole = values::readPoint(L, index, point);
+    lua_rawgeti(L, index, 1);
+    lua_rawgeti(L, index, 2);
+    lua_rawgeti(L, index, 3);
+    const bool whole = values::readNumber(L, -3, point.x) && values::readNumber(L, -2, point.y) &&
+                       values::readNumber(L, -1, point.z);
     lua_settop(L, top);
     triple = Triple();
     if (whole) triple.set(point.x, point.y, point.z);
 }
 
-void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+[[gnu::noinline]] void readTable(lua_State* L, int index, char letter, const CallItem& item, int& kept)
 {
     switch (letter) {
-    case 'p':
-        readTriple(L, index, output<'p'>(item));
-        break;
-    case 'v':
-        readTriple(L, index, output<'v'>(item));
-        break;
     case 'X': {
         KxGeMatrix3D matrix;
         getMatrix(L, index, matrix);
@@ -193,7 +191,7 @@ bool isIdType(int type)
     return type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA || type == LUA_TNIL;
 }
 
-void readText(lua_State* L, int index, char letter, const CallItem& item)
+[[gnu::noinline]] void readText(lua_State* L, int index, char letter, const CallItem& item)
 {
     Bytes bytes;
     if (letter == 's' && lua_isnil(L, index)) output<'s'>(item) = nullptr;
@@ -203,10 +201,16 @@ void readText(lua_State* L, int index, char letter, const CallItem& item)
     if (letter == 'y') output<'y'>(item) = duplicateBytes(bytes);
 }
 
-void readResult(lua_State* L, int index, char letter, const CallItem& item, int& kept)
+/// Reads one result, of the given type, at an absolute index below `top`, the stack's height.
+void readResult(lua_State* L, int index, int type, int top, char letter, const CallItem& item, int& kept)
 {
-    const int type = lua_type(L, index);
     switch (letter) {
+    case 'p':
+        if (type == LUA_TTABLE) readTriple(L, index, top, output<'p'>(item));
+        break;
+    case 'v':
+        if (type == LUA_TTABLE) readTriple(L, index, top, output<'v'>(item));
+        break;
     case 'i':
         if (type == LUA_TNUMBER)
             output<'i'>(item) = static_cast<int>(values::toInteger(lua_tonumber(L, index)));
@@ -244,17 +248,19 @@ void readResult(lua_State* L, int index, char letter, const CallItem& item, int&
 
 } // namespace
 
-bool readResultsByFormat(lua_State* L, const char* format, int count, const CallItem* items, int& kept)
+bool readResultsByFormat(lua_State* L, const char* format, int top, int count, const CallItem* items,
+                         int& kept)
 {
     if (count == 0) return true;
-    const int first = lua_gettop(L) - count + 1;
-    int nils = 0;
-    while (nils < count && lua_isnil(L, first + nils))
-        ++nils;
-    if (nils == count) return false;
+    const int first = top - count + 1;
+    const int firstType = lua_type(L, first);
+    bool allNil = firstType == LUA_TNIL;
+    for (int i = 1; allNil && i < count; ++i)
+        allNil = lua_isnil(L, first + i);
+    if (allNil) return false;
     for (int i = 0; i < count; ++i) {
         if (kindsOf(format[i]).result == CallItemKind::None) return false;
-        readResult(L, first + i, format[i], items[i], kept);
+        readResult(L, first + i, i == 0 ? firstType : lua_type(L, first + i), top, format[i], items[i], kept);
     }
     return true;
 }

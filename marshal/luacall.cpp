@@ -37,7 +37,6 @@ const lua_tinker::table_obj* handleOf(const CallItem& item)
 /// number.
 int pushHandles(lua_State* L, const call::Shape& shape, const char* format, const CallItem* items)
 {
-    if (shape.handles == 0) return 0;
     int pushed = 0;
     for (int i = 0; i < shape.arguments; ++i) {
         if (!isHandle(format[i]) || !handleOf(items[i]) || lua_tinker::state_of(handleOf(items[i])) != L)
@@ -100,9 +99,10 @@ void pushArgsByFormat(lua_State* frame, const Call& call, int from, const lua_St
 }
 
 /// Pushes the rest of a call in guarded code: the arguments from one on, below them the function where it is
-/// wanted. A value that is no function is pushed for NoFunction; otherwise nothing is when it fails. [-0,
-/// +values, -]
-Outcome prepareRest(lua_State* L, const Call& call, const char* function, int from)
+/// wanted. A value that is no function is pushed for NoFunction; otherwise it cuts the stack to `base` when
+/// it fails. Apart from the common case, which would pay for what this function saves. [-0, +values, -]
+[[gnu::noinline]] Outcome prepareRest(lua_State* L, const Call& call, int base, const char* function,
+                                      int from)
 {
     const int top = lua_gettop(L) - from;
     const int handles = pushHandles(L, call.shape, call.format, call.items);
@@ -121,7 +121,9 @@ Outcome prepareRest(lua_State* L, const Call& call, const char* function, int fr
         pushArgsByFormat(frame, call, from, L);
         return lua_gettop(frame) - handles;
     });
-    return ran ? outcome : Outcome::Failed;
+    if (!ran) outcome = Outcome::Failed;
+    if (outcome == Outcome::Failed || outcome == Outcome::TooManyArguments) lua_settop(L, base);
+    return outcome;
 }
 
 /// Pushes the function, where it is not there and there is a name for one, and its arguments. What takes no
@@ -132,9 +134,7 @@ Outcome prepare(lua_State* L, const Call& call, int top, bool isFunctionThere)
     const char* wanted = isFunctionThere ? nullptr : call.function;
     const int pushed = wanted ? 0 : pushKnownArguments(L, call);
     if (!wanted && pushed == call.shape.arguments) return Outcome::Ok;
-    const Outcome outcome = prepareRest(L, call, wanted, pushed);
-    if (outcome == Outcome::Failed || outcome == Outcome::TooManyArguments) lua_settop(L, top);
-    return outcome;
+    return prepareRest(L, call, top, wanted, pushed);
 }
 
 /// How many arguments there are; 0 where a byte of the format is no letter, and what was pushed before it
@@ -151,8 +151,9 @@ Outcome callAndLeaveResults(lua_State* L, const Call& call, int top)
     const call::Shape& shape = call.shape;
     const int handler = top + 1;
     // The results take the place of the function and its arguments.
-    const int most = std::max(shape.arguments - countOf(shape) + shape.results, shape.arguments + 1);
-    if (!guard::reserve(L, 2 + most)) return outcomeWithoutRoom(L, call);
+    const int most = shape.valid ? std::max(shape.results, shape.arguments + 1)
+                                 : shape.arguments + std::max(shape.results, 1);
+    if (!guard::reserveAbove(L, top, 2 + most)) return outcomeWithoutRoom(L, call);
     const bool isKnown = guard::pushHandlerAndKnownFunction(L, call.function);
     if (!isKnown && !guard::pushHandler(L)) return Outcome::Failed;
     const Outcome outcome = prepare(L, call, handler, isKnown);
@@ -168,10 +169,12 @@ Outcome callAndRead(lua_State* L, const Call& call)
     int kept = top;
     Outcome outcome = callAndLeaveResults(L, call, top);
     if (outcome == Outcome::Ok) {
-        const bool read = guard::reserve(L, values::readerSlots) && values::withoutThrowing([&] {
-                              return call::readResultsByFormat(L, call.shape.rest, call.shape.results,
-                                                               call.items + call.shape.arguments, kept);
-                          });
+        const int results = lua_gettop(L);
+        const bool read =
+            guard::reserveAbove(L, results, values::readerSlots) && values::withoutThrowing([&] {
+                return call::readResultsByFormat(L, call.shape.rest, results, call.shape.results,
+                                                 call.items + call.shape.arguments, kept);
+            });
         if (!read) outcome = Outcome::Failed;
     }
     lua_settop(L, kept);
@@ -315,7 +318,7 @@ bool callLuaFunc1(lua_State* L, const char* function, int arguments, const char*
             int kept = 0; // all of them are, here
             call::takeResults(resultFormat, list, items);
             return guard::reserve(L, values::readerSlots) &&
-                   call::readResultsByFormat(L, resultFormat, results, items, kept);
+                   call::readResultsByFormat(L, resultFormat, top, results, items, kept);
         });
     });
     va_end(list);

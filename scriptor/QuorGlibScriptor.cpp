@@ -23,15 +23,20 @@ constexpr int pathSize = 255;
 
 /// The module search paths of a new state, resolved before any Lua work.
 struct SearchPaths {
-    char bin[pathSize] = "";
-    char utils[pathSize] = "";
+    /// Both patterns of the installation: added together they make one text less.
+    std::string installation;
     std::string platformScripts;
     std::string platformBinaries;
 
     SearchPaths()
     {
+        char bin[pathSize] = "";
+        char utils[pathSize] = "";
         QuorSystem::getFullQuorName("bin\\?.lua", bin, pathSize);
         QuorSystem::getFullQuorName("bin\\utils\\?.lua", utils, pathSize);
+        installation = bin;
+        if (*bin && *utils) installation += ';';
+        installation += utils;
         const std::string platform = QuorSystem::quorFullPlatformPath();
         platformScripts = platform + "\\?.lua";
         platformBinaries = platform + "\\?.dll";
@@ -67,8 +72,7 @@ int openBuiltIns(lua_State* L, const SearchPaths& paths)
     openLibraries(L);
     luaL_register(L, "glib", quorlua::getGlibRegFuncForLua());
     const int glib = lua_gettop(L);
-    if (*paths.bin) quorlua::addPath(L, paths.bin);
-    if (*paths.utils) quorlua::addPath(L, paths.utils);
+    if (!paths.installation.empty()) quorlua::addPath(L, paths.installation.c_str());
     quorlua::addPath(L, paths.platformScripts.c_str());
     if (!quorlua::limits::isUntrusted(L)) quorlua::addCPath(L, paths.platformBinaries.c_str());
     registerTextStyle(L);
@@ -150,13 +154,17 @@ void QuorGlibScriptor::initLua()
                        lua_setglobal(frame, "mirt_get_luafile");
                        quorlua::guardCallbacks(frame);
                        lua_tinker::init(frame);
-                       lua_gc(frame, LUA_GCRESTART, 0);
                        return 0;
                    });
     } catch (const std::exception&) {
         complete = false;
     }
-    if (complete) return;
+    if (complete) {
+        // Out here, where this raises nothing: at the end of guarded work the collector would take a step at
+        // once.
+        lua_gc(state_, LUA_GCRESTART, 0);
+        return;
+    }
     // Half a state is of no use to a script.
     quorlua::closeForGood(state_, baseTop_);
 }

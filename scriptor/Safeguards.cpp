@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 
 namespace quorlua {
 namespace {
@@ -112,31 +113,33 @@ int callback(lua_State* L)
     return leavesRoom(0) ? callOriginal(L) : luaL_error(L, "C stack overflow");
 }
 
-struct Guarded {
-    const char* library;
-    const char* name;
-    lua_CFunction function;
+constexpr luaL_Reg guardedGlobals[] = {{"load", callback}, {"collectgarbage", callback}};
+constexpr luaL_Reg guardedOfString[] = {
+    {"find", find}, {"match", match}, {"gmatch", gmatch}, {"gfind", gmatch}, {"gsub", gsub},
 };
 
-constexpr Guarded guarded[] = {
-    {"string", "find", find},           {"string", "match", match}, {"string", "gmatch", gmatch},
-    {"string", "gfind", gmatch},        {"string", "gsub", gsub},   {"_G", "load", callback},
-    {"_G", "collectgarbage", callback},
-};
-
-void guardLibraries(lua_State* L)
+/// Puts guards in place of the functions of the table at an absolute index. [-0, +0, m]
+void guardFunctions(lua_State* L, int table, std::span<const luaL_Reg> guards)
 {
-    for (const auto& [library, name, function] : guarded) {
-        lua_getglobal(L, library);
-        lua_getfield(L, -1, name);
+    for (const auto& [name, function] : guards) {
+        lua_pushstring(L, name);
+        lua_pushvalue(L, -1);
+        lua_rawget(L, table); // [-2] name, [-1] the interpreter's own
         if (lua_iscfunction(L, -1)) {
             lua_pushcclosure(L, function, 1);
-            lua_setfield(L, -2, name);
-            lua_pop(L, 1);
+            lua_rawset(L, table);
         } else {
             lua_pop(L, 2);
         }
     }
+}
+
+void guardLibraries(lua_State* L)
+{
+    guardFunctions(L, LUA_GLOBALSINDEX, guardedGlobals);
+    lua_getglobal(L, "string");
+    guardFunctions(L, lua_gettop(L), guardedOfString);
+    lua_pop(L, 1);
 }
 
 #else

@@ -17,4 +17,10 @@ NativeStack nativeStack()
     return {high - low, here - low};
 }
 
+bool leavesRoom(std::size_t needed)
+{
+    const NativeStack stack = nativeStack();
+    return stack.left >= reserveOf(stack.size) + needed;
+}
+
 } // namespace quorlua

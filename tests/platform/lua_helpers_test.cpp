@@ -256,6 +256,24 @@ TEST_F(Helpers, AppendSearchPaths)
     EXPECT_EQ(shown("package.cpath"), sys::pathOf("y.dll/?.dllx"));
 }
 
+TEST_F(Helpers, AppendSearchPathsOfAnyLength)
+{
+    const std::string folder(5000, 'p');
+    run("package.path = string.rep('a', 3000); package.cpath = 'b'");
+    addPath(L, "bin\\?.lua");
+    addPath(L, (folder + "\\?.lua").c_str());
+    addCPath(L, (folder + ".dll").c_str());
+    EXPECT_EQ(lua_gettop(L), 0);
+    run("package.path = package.path:gsub('^a+', function(path) return #path end)");
+    EXPECT_EQ(shown("package.path"),
+              "3000;" + sys::pathOf("bin/?.lua") + ";" + sys::pathOf(folder + "/?.lua"));
+#if defined(_WIN32)
+    EXPECT_EQ(shown("package.cpath"), "b;" + folder + ".dll");
+#else
+    EXPECT_EQ(shown("package.cpath"), "b;" + folder + ".so");
+#endif
+}
+
 TEST_F(Helpers, KeepSecondBytesOfCharactersInSearchPaths)
 {
     run("package.path = ''");

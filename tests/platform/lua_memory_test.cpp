@@ -127,6 +127,42 @@ TEST_F(ShortOfMemory, SetsUpOrRaises)
     run("assert(style:height() == 2.5 and tostring(int64(3)) == '3')");
 }
 
+TEST_F(ShortOfMemory, MakesTheFirst64BitIntegerOrRaises)
+{
+    lua_tinker::init(L);
+    untilSuccess([&] {
+        const bool done = lua_cpcall(
+                              L,
+                              [](lua_State* state) {
+                                  lua_tinker::push(state, 5LL);
+                                  lua_setglobal(state, "first");
+                                  return 0;
+                              },
+                              nullptr) == 0;
+        if (!done) lua_pop(L, 1);
+        return done;
+    });
+    run("assert(first == int64(5) and tostring(first + 1) == '6')");
+}
+
+TEST_F(ShortOfMemory, AppendsSearchPathsOrRaises)
+{
+    run("package.path = string.rep('a', 3000)");
+    untilSuccess([&] {
+        const bool done = lua_cpcall(
+                              L,
+                              [](lua_State* state) {
+                                  quorlua::addPath(state, "x");
+                                  return 0;
+                              },
+                              nullptr) == 0;
+        if (!done) lua_pop(L, 1);
+        rationed.left = -1;
+        run(done ? "assert(#package.path == 3002)" : "assert(#package.path == 3000)");
+        return done;
+    });
+}
+
 TEST_F(ShortOfMemory, LeaksNoHostText)
 {
     lua_tinker::def(L, "longText", longText);

@@ -63,30 +63,72 @@ Timer* allTimers()
 #endif
 }
 
+bool isSlot(short slot)
+{
+    return slot >= 0 && slot < slotCount;
+}
+
 /// The slot's timer; null for a number that is no slot, too.
 Timer* timerOf(short slot)
 {
-    if (slot < 0 || slot >= slotCount) return nullptr;
+    if (!isSlot(slot)) return nullptr;
     Timer* timers = allTimers();
     return timers == nullptr ? nullptr : timers + slot;
+}
+
+// What is rare stands apart: what a function saves for it would be paid for by every call.
+[[gnu::noinline]] void startClock(Timer& timer)
+{
+    timer.start = Clock::now();
+}
+
+[[gnu::noinline]] void stopClock(Timer& timer)
+{
+    timer.total += Clock::now() - timer.start;
+}
+
+void begin(Timer& timer)
+{
+    if (timer.depth++ != 0) return;
+    timer.timed = clockOn.load(std::memory_order_relaxed);
+    if (timer.timed) startClock(timer);
+}
+
+void end(Timer& timer)
+{
+    if (timer.depth == 0 || --timer.depth != 0) return;
+    ++timer.count;
+    if (timer.timed) stopClock(timer);
+}
+
+template<void (*act)(Timer& timer)>
+[[gnu::noinline]] void onFoundTimer(short slot)
+{
+    if (Timer* timers = allTimers()) act(timers[slot]);
+}
+
+/// Does it with the slot's timer, where there is one.
+template<void (*act)(Timer& timer)>
+void onTimer(short slot)
+{
+    if (!isSlot(slot)) return;
+#if !defined(_WIN32)
+    if (known != nullptr) [[likely]]
+        return act(known[slot]);
+#endif
+    onFoundTimer<act>(slot);
 }
 
 } // namespace
 
 void quorDebugTimeBegin(short slot)
 {
-    Timer* timer = timerOf(slot);
-    if (timer == nullptr || timer->depth++ != 0) return;
-    timer->timed = clockOn.load(std::memory_order_relaxed);
-    if (timer->timed) timer->start = Clock::now();
+    onTimer<begin>(slot);
 }
 
 void quorDebugTimeEnd(short slot)
 {
-    Timer* timer = timerOf(slot);
-    if (timer == nullptr || timer->depth == 0 || --timer->depth != 0) return;
-    ++timer->count;
-    if (timer->timed) timer->total += Clock::now() - timer->start;
+    onTimer<end>(slot);
 }
 
 void quorDebugTimeEnable(bool on)

@@ -22,10 +22,11 @@ struct Record {
 // [-0, +1, m]
 void pushOrMake(lua_State* L, Kept key)
 {
+    constexpr int usualEntries = 2; // of one class
     detail::pushKept(L, key);
     if (lua_istable(L, -1)) return;
     lua_settop(L, -2);
-    lua_newtable(L);
+    lua_createtable(L, 0, usualEntries);
     lua_pushvalue(L, -1);
     detail::keep(L, key);
 }
@@ -71,9 +72,15 @@ Record* pushMetatable(lua_State* L, const std::type_info& type)
         lua_settop(L, -2);
         return nullptr;
     }
-    pushField(L, -1, type.name());
+    pushField(L, -1, type.name()); // [-2] classes, [-1] metatable
+    Record* record = nullptr;
+    if (lua_istable(L, -1)) {
+        lua_pushvalue(L, -1);
+        lua_rawget(L, -3);
+        record = static_cast<Record*>(lua_touserdata(L, -1));
+        lua_settop(L, -2);
+    }
     lua_remove(L, -2);
-    Record* record = lua_istable(L, -1) ? recordOf(L, -1) : nullptr;
     // Types of unnamed namespaces may share a name.
     if (record && *record->type == type) return record;
     lua_settop(L, -2);
@@ -83,8 +90,9 @@ Record* pushMetatable(lua_State* L, const std::type_info& type)
 // [-0, +1, m]
 void makeMetatable(lua_State* L, const std::type_info& type)
 {
+    constexpr int usualMethods = 8; // room for them, which is there in steps of powers of two
     lua_createtable(L, parentSlot, 3);
-    lua_newtable(L);
+    lua_createtable(L, 0, usualMethods);
     lua_rawseti(L, -2, methodsSlot);
     lua_pushcfunction(L, meta_get);
     setField(L, -2, "__index");

@@ -198,6 +198,8 @@ void pushMetatable(lua_State* L)
     if (lua_istable(L, -1)) [[likely]]
         return;
     lua_settop(L, -2);
+    constexpr int slots = 3; // the table, a key and its value
+    luaL_checkstack(L, slots, "64-bit integer");
     lua_createtable(L, tagSlot, static_cast<int>(std::size(metamethods)) + 1);
     lua_pushlightuserdata(L, const_cast<char*>(&tag));
     lua_rawseti(L, -2, tagSlot);
@@ -236,8 +238,7 @@ long long read_int64(lua_State* L, int index)
 
 void detail::installInt64(lua_State* L)
 {
-    pushMetatable(L);
-    lua_settop(L, -2);
+    // Their metatable is made with the first of them: most states never have one.
     lua_pushcfunction(L, makeInt64);
     set_global(L, "int64");
 }

@@ -48,32 +48,30 @@ void turnSeparators(char* text, std::size_t length)
 
 #endif
 
-// Pushes the pattern in the system's own form. [-0, +1, m]
-void pushPattern(lua_State* L, const char* pattern, bool native)
+// Brings a pattern into the system's own form, in place: its new length.
+std::size_t makeNative(char* pattern, std::size_t length, bool isModule)
 {
 #if defined(_WIN32)
-    (void)native;
-    lua_pushstring(L, pattern);
+    static_cast<void>(pattern);
+    static_cast<void>(isModule);
+    return length;
 #else
     constexpr std::string_view windowsModule = ".dll";
-    std::size_t length = std::strlen(pattern);
-    // Scratch memory is a userdata: it goes away by itself when a push raises.
-    char* text = static_cast<char*>(lua_newuserdata(L, length + 1));
-    std::memcpy(text, pattern, length + 1);
-    turnSeparators(text, length);
-    const bool isWindowsModule = native && std::string_view(text, length).ends_with(windowsModule);
-    if (isWindowsModule) length -= windowsModule.size();
-    lua_pushlstring(L, text, length);
-    if (isWindowsModule) {
-        lua_pushliteral(L, ".so");
-        lua_concat(L, 2);
-    }
-    lua_remove(L, -2);
+    constexpr std::string_view module = ".so";
+    turnSeparators(pattern, length);
+    if (!isModule || !std::string_view(pattern, length).ends_with(windowsModule)) return length;
+    const std::size_t name = length - windowsModule.size();
+    std::memcpy(pattern + name, module.data(), module.size());
+    return name + module.size();
 #endif
 }
 
-void append(lua_State* L, const char* field, const char* pattern, bool native)
+void append(lua_State* L, const char* field, const char* pattern, bool isModule)
 {
+    // Most search paths are joined here; scratch memory for a longer one is a userdata: it goes away by
+    // itself when a push raises.
+    constexpr std::size_t usualSize = 2048;
+    char usual[usualSize];
     if (!L || !pattern || !*pattern) return;
     const int top = lua_gettop(L);
     lua_pushliteral(L, "package");
@@ -82,15 +80,20 @@ void append(lua_State* L, const char* field, const char* pattern, bool native)
         lua_pushstring(L, field);
         lua_pushvalue(L, -1);
         lua_rawget(L, -3); // [-3] package, [-2] field, [-1] path
-        if (lua_type(L, -1) == LUA_TSTRING) {
-            lua_pushliteral(L, ";");
-            pushPattern(L, pattern, native);
-            lua_concat(L, 3);
-        } else {
-            lua_settop(L, -2);
-            pushPattern(L, pattern, native);
+        std::size_t length = 0;
+        const char* path = lua_type(L, -1) == LUA_TSTRING ? lua_tolstring(L, -1, &length) : nullptr;
+        const std::size_t patternLength = std::strlen(pattern);
+        const std::size_t most = length + 1 + patternLength;
+        char* text = most <= usualSize ? usual : static_cast<char*>(lua_newuserdata(L, most));
+        if (path) {
+            std::memcpy(text, path, length);
+            text[length++] = ';';
         }
-        lua_rawset(L, -3);
+        std::memcpy(text + length, pattern, patternLength);
+        length += makeNative(text + length, patternLength, isModule);
+        lua_pushvalue(L, top + 2);
+        lua_pushlstring(L, text, length);
+        lua_rawset(L, top + 1);
     }
     lua_settop(L, top);
 }
