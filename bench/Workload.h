@@ -18,6 +18,8 @@ struct Way {
     void (*run)(Laps& laps);
     double mostTime;
     double mostInstructions;
+    /// What instructions are held to where their goal is not reached; 0 where it is.
+    double heldTo = 0;
 };
 
 struct Workload {

@@ -46,13 +46,15 @@ double costOf(const Costs& costs, const Workload& workload, const Way& way)
     return found == costs.end() ? 0.0 : found->second;
 }
 
-/// One row for each way besides raw. How many of those with a goal missed it comes back, and how many met it.
+/// How many ways reached their goal, are held to less meanwhile, and cost more than they may.
 struct Met {
     int met = 0;
+    int held = 0;
     int missed = 0;
 };
 
-Met printTable(const Costs& costs, const char* unit, double Way::*goal)
+/// One row for each way besides raw.
+Met printTable(const Costs& costs, const char* unit, double Way::*goal, double Way::*meanwhile = nullptr)
 {
     Met result;
     std::printf("%-20s %-10s %14s %14s %8s %8s\n", "workload", "way", (std::string("raw ") + unit).c_str(),
@@ -67,9 +69,18 @@ Met printTable(const Costs& costs, const char* unit, double Way::*goal)
                 std::printf("%8s\n", "-");
                 continue;
             }
-            const bool met = own <= base * (way.*goal);
-            ++(met ? result.met : result.missed);
-            std::printf("%8.2f%s\n", way.*goal, met ? "" : "  missed");
+            const double held = meanwhile ? way.*meanwhile : 0.0;
+            std::printf("%8.2f", way.*goal);
+            if (own <= base * (way.*goal)) {
+                ++result.met;
+                std::printf("%s\n", held > 0.0 ? "  reached: to be held to it" : "");
+            } else if (own <= base * held) {
+                ++result.held;
+                std::printf("  missed, held to %.2f\n", held);
+            } else {
+                ++result.missed;
+                std::printf("  missed\n");
+            }
         }
     }
     return result;
@@ -154,8 +165,9 @@ int reportInstructions()
         for (const Way& way : workload.ways)
             if (const auto found = counts.find(nameOf(workload, way)); found != counts.end())
                 found->second /= workload.laps;
-    const Met result = printTable(counts, "instr", &Way::mostInstructions);
-    std::printf("%d passed, %d failed\n", result.met, result.missed);
+    const Met result = printTable(counts, "instr", &Way::mostInstructions, &Way::heldTo);
+    std::printf("%d goals reached, %d not yet\n", result.met, result.held + result.missed);
+    std::printf("%d passed, %d failed\n", result.met + result.held, result.missed);
     return result.missed == 0 && result.met > 0 ? 0 : 1;
 }
 

@@ -10,6 +10,10 @@
 #include <cstring>
 #include <utility>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace quorlua::guard {
 namespace {
 
@@ -24,15 +28,54 @@ constexpr int anchorKey = -0x51553103;
 constexpr int mostUpvalues = 255;
 
 // The task that the next trampoline of this thread takes up: handed over on the stack it would cost three
-// calls more. What is known when a library is linked is reached in one instruction.
+// calls more.
+#if defined(_WIN32)
+
+/// Not `thread_local`: this compiler's run-time library takes memory at a thread's first use of one, and ends
+/// the process where there is none.
+class PendingTask {
+public:
+    PendingTask() : slot_(TlsAlloc()) {}
+    ~PendingTask() { TlsFree(slot_); }
+    PendingTask(const PendingTask&) = delete;
+    PendingTask& operator=(const PendingTask&) = delete;
+
+    detail::Task* exchange(detail::Task* task) const
+    {
+        auto* before = static_cast<detail::Task*>(TlsGetValue(slot_));
+        TlsSetValue(slot_, task);
+        return before;
+    }
+
+private:
+    DWORD slot_;
+};
+
+const PendingTask pendingTask;
+
+detail::Task* exchangePending(detail::Task* task)
+{
+    return pendingTask.exchange(task);
+}
+
+#else
+
+// What is known when a library is linked is reached in one instruction.
 #if defined(__ELF__)
 [[gnu::tls_model("initial-exec")]]
 #endif
 constinit thread_local detail::Task* pending = nullptr;
 
+detail::Task* exchangePending(detail::Task* task)
+{
+    return std::exchange(pending, task);
+}
+
+#endif
+
 int trampoline(lua_State* L)
 {
-    detail::Task* task = std::exchange(pending, nullptr);
+    detail::Task* task = exchangePending(nullptr);
     if (!task) return 0; // a script has found this function
     task->results = task->run(L, task->work);
     return task->results;
@@ -256,9 +299,9 @@ int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError)
     }
     if (arguments > 0) lua_insert(L, -1 - arguments);
     // A hook may run other tasks before this one begins, so each puts back what it found.
-    Task* const outer = std::exchange(pending, &task);
+    Task* const outer = exchangePending(&task);
     const int status = lua_pcall(L, arguments, LUA_MULTRET, handler);
-    pending = outer;
+    exchangePending(outer);
     if (status == 0 || keepsError) return status;
     lua_pop(L, 1);
     // The interpreter runs its collector once more as a call ends, and a finalizer of the script's may raise
