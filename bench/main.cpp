@@ -32,6 +32,12 @@ void require(bool held, const char* what)
 
 namespace {
 
+#if defined(LUAJIT_VERSION)
+constexpr bool hasGoals = false;
+#else
+constexpr bool hasGoals = true;
+#endif
+
 /// What one lap cost, by "WORKLOAD/WAY".
 using Costs = std::map<std::string, double>;
 
@@ -65,7 +71,7 @@ Met printTable(const Costs& costs, const char* unit, double Way::*goal, double W
             const double own = costOf(costs, workload, way);
             if (base <= 0.0 || own <= 0.0) continue;
             std::printf("%-20s %-10s %14.1f %14.1f %8.3f ", workload.name, way.name, base, own, own / base);
-            if (way.*goal <= 0.0) {
+            if (!hasGoals || way.*goal <= 0.0) {
                 std::printf("%8s\n", "-");
                 continue;
             }
@@ -168,7 +174,7 @@ int reportInstructions()
     const Met result = printTable(counts, "instr", &Way::mostInstructions, &Way::heldTo);
     std::printf("%d goals reached, %d not yet\n", result.met, result.held + result.missed);
     std::printf("%d passed, %d failed\n", result.met + result.held, result.missed);
-    return result.missed == 0 && result.met > 0 ? 0 : 1;
+    return result.missed == 0 && (result.met > 0 || !hasGoals) ? 0 : 1;
 }
 
 } // namespace

@@ -1,9 +1,15 @@
-## bench [OPTION...]  compares the library's times with code written by hand; options are those of Google Benchmark
+## bench [luajit] [OPTION...]   compares the library's times with code written by hand; options are those of Google
+##                    Benchmark
 ##                    --instructions counts instructions instead, exactly repeatable, and holds them to their goals
 ##                    --roads counts those of whole roads, and what grows: by library, and what each road calls
 ##                    --scaling measures a record's time by their number, on one thread and on two
-folder=build/bench/instructions
-program=build/bench/bin/quor_bench
+preset=bench
+if [[ ${1:-} == luajit ]]; then
+    preset=bench-luajit
+    shift
+fi
+folder=build/$preset/instructions
+program=build/$preset/bin/quor_bench
 
 # count_ways LIST: does each way of a list under callgrind, in an empty environment: its size moves the stack, and by
 # that what is stored by address.
@@ -51,7 +57,7 @@ tell_roads() {
 }
 
 [[ ! ${1:-} =~ ^--(instructions|roads)$ ]] || need valgrind
-build bench quor_bench >&2
+build "$preset" quor_bench >&2
 case ${1:-} in
 --instructions)
     count_ways --list
