@@ -1,6 +1,7 @@
 #include "Protected.h"
 
 #include <QuorPureScriptor/quorlua_helpers.h>
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -86,10 +87,10 @@ void append(lua_State* L, const char* field, const char* pattern, bool isModule)
         const std::size_t most = length + 1 + patternLength;
         char* text = most <= usualSize ? usual : static_cast<char*>(lua_newuserdata(L, most));
         if (path) {
-            std::memcpy(text, path, length);
+            std::copy_n(path, length, text);
             text[length++] = ';';
         }
-        std::memcpy(text + length, pattern, patternLength);
+        std::copy_n(pattern, patternLength, text + length);
         length += makeNative(text + length, patternLength, isModule);
         lua_pushvalue(L, top + 2);
         lua_pushlstring(L, text, length);
