@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 /// What reading one answer may cost. A table of a script's can stand in another a million times, and a text
 /// in a million tables: a few megabytes of the script's then are terabytes for the host, and hours. So
@@ -41,8 +42,8 @@ public:
     bool takeBytes(std::size_t bytes)
     {
         if (bytes > bytes_) return spend();
-        bytes_ -= bytes;
-        return true;
+        const std::size_t before = std::exchange(bytes_, bytes_ - bytes);
+        return before / bytesBetweenLooks == bytes_ / bytesBetweenLooks || isInTime();
     }
     /// The same of a text; null is none. No more of it is looked at than what is left.
     bool takeText(const char* text) { return takeBytes(text ? strnlen(text, bytes_ + 1) : 0); }
@@ -52,6 +53,7 @@ public:
 
     /// Between two looks at the clock: some hundred microseconds.
     static constexpr std::size_t entriesBetweenLooks = 4096;
+    static constexpr std::size_t bytesBetweenLooks = std::size_t(1) << 20;
 
 private:
     bool spend()

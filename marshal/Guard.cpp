@@ -285,7 +285,7 @@ namespace detail {
 int call(lua_State* L, int arguments, int handler, Task& task, bool keepsError)
 {
     const limits::Operation operation(L);
-    if (!leavesRoomForScript()) {
+    if (!leavesRoom(0)) {
         lua_pop(L, arguments);
         if (keepsError) lua_pushnil(L);
         // Past "_ALERT", which would be a call of the script's again.

@@ -33,18 +33,8 @@ constexpr std::size_t reserveOf(std::size_t size)
     return std::min(stackReserve, size / 4 * 3);
 }
 
-/// Whether the stack leaves so many bytes, and the reserve.
+/// Whether the stack leaves so many bytes, and the reserve. Whatever may call a script asks it first: the
+/// interpreter counts native calls for each state alone, if it does at all.
 bool leavesRoom(std::size_t needed);
-
-/// Whether guarded work may begin, which can call the script. Only LuaJIT lets native functions and scripts
-/// call each other without end.
-inline bool leavesRoomForScript()
-{
-#if defined(LUAJIT_VERSION)
-    return leavesRoom(0);
-#else
-    return true;
-#endif
-}
 
 } // namespace quorlua

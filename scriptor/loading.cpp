@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <limits>
 
 using Quor::GlibStatus;
 
@@ -34,7 +35,7 @@ char* makeFileName(const char* path)
 /// "_ALERT", which would be a call of the script's again.
 bool leavesRoomToRun()
 {
-    if (quorlua::leavesRoomForScript()) return true;
+    if (quorlua::leavesRoom(0)) return true;
     lua_tinker::print_error(nullptr, "C stack overflow");
     return false;
 }
@@ -71,7 +72,7 @@ GlibStatus runFile(lua_State* L, const char* file, FunctionRightAfterLoadFile* c
 /// again it counts as changed.
 GlibStatus failWithoutState(long long& modificationTime)
 {
-    modificationTime = 0;
+    modificationTime = std::numeric_limits<long long>::min(); // no file's
     return GlibStatus::ScriptFailed;
 }
 

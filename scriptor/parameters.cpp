@@ -1,5 +1,6 @@
 #include "Budget.h"
 #include "Guard.h"
+#include "Limits.h"
 #include "UnitFreeNames.h"
 #include "Values.h"
 
@@ -37,6 +38,7 @@ template<class Read>
 GlibStatus readGlobalTable(lua_State* L, const char* name, Read read)
 {
     if (!L || !name || !guard::reserve(L, values::readerSlots)) return GlibStatus::TableMissing;
+    const quorlua::limits::Operation operation(L);
     const int top = lua_gettop(L);
     const bool fetched = guard::run(L, 0, 0, [name](lua_State* frame) {
         guard::pushGlobal(frame, name);

@@ -2,6 +2,10 @@
 
 #include "script_limits.h"
 
+#include <QuorPureScriptor/lua_tinker.h>
+#include <memory>
+#include <vector>
+
 using Quor::GlibStatus;
 
 namespace {
@@ -212,6 +216,98 @@ TEST(NativeStack, SufficesForHostFunctionsThatCallTheScript)
             EXPECT_EQ(statusOn(kilobytes, chunk.c_str(), runWithHost), GlibStatus::Ok)
                 << kilobytes << " " << name;
         }
+}
+
+/// Scriptors that call each other in turn. An interpreter counts the calls of each state alone.
+std::vector<std::unique_ptr<QuorGlibScriptor>> inTurn;
+int turns = 0;
+int deepestTurn = 0;
+
+enum class Asked { Segment, Primitives, Parameters, Buffer };
+Asked asked = Asked::Segment;
+
+int callNext(lua_State*)
+{
+    QuorGlibScriptor& next = *inTurn[static_cast<std::size_t>(++turns) % inTurn.size()];
+    deepestTurn = std::max(deepestTurn, turns);
+    std::vector<QuorPrimary*> primitives;
+    std::vector<KVParams> record(1);
+    std::string chunk = "host.next()";
+    switch (asked) {
+    case Asked::Segment:
+        static_cast<void>(next.callSeg("turn"));
+        break;
+    case Asked::Primitives:
+        static_cast<void>(next.callSeg3D("turn", primitives));
+        break;
+    case Asked::Parameters:
+        record[0].key = "length";
+        record[0].value = KVValue::ofDouble(1);
+        next.setKeyValues(record, 1);
+        break;
+    case Asked::Buffer:
+        static_cast<void>(next.loadBuffer(bufferOf(chunk), 1000LL * turns, false));
+        break;
+    }
+    --turns;
+    return 0;
+}
+
+void runInTurn(void* given)
+{
+    Run& wanted = *static_cast<Run*>(given);
+    static constexpr luaL_Reg host[] = {{"next", callNext}, {nullptr, nullptr}};
+    for (const std::unique_ptr<QuorGlibScriptor>& scriptor : inTurn) {
+        scriptor->addLib("host", host);
+        std::string chunk = wanted.chunk;
+        ASSERT_EQ(scriptor->loadBuffer(bufferOf(chunk), 100, false), GlibStatus::Ok);
+    }
+    turns = deepestTurn = 0;
+    wanted.status = inTurn.front()->callSeg("turn");
+}
+
+TEST(NativeStack, SufficesForScriptorsThatCallEachOther)
+{
+    lua_tinker::set_error_outlet([](const char*, std::size_t, void*) {}, nullptr);
+    // A pattern that is matched without a look at the stack takes part of the reserve.
+    const char* chunk = "function turn() local x = ('a'):rep(500) x:find(('a?'):rep(500)) host.next() end "
+                        "local turn = turn param = setmetatable({}, {__newindex = function() turn() end})";
+    for (const Asked how : {Asked::Segment, Asked::Primitives, Asked::Parameters, Asked::Buffer})
+        for (const std::size_t scriptors : {2, 8})
+            for (const std::size_t kilobytes : {recursionStacks[0], stacks[1], stacks[2]}) {
+                SCOPED_TRACE(std::to_string(static_cast<int>(how)) + " " + std::to_string(kilobytes));
+                asked = how;
+                inTurn.clear();
+                for (std::size_t i = 0; i < scriptors; ++i)
+                    inTurn.push_back(std::make_unique<QuorGlibScriptor>());
+                EXPECT_EQ(statusOn(kilobytes, chunk, runInTurn), GlibStatus::Ok);
+                EXPECT_GT(deepestTurn, 5);
+            }
+    inTurn.clear();
+    lua_tinker::set_error_outlet(nullptr, nullptr);
+}
+
+int drawInNewScriptor(lua_State*)
+{
+    deepestTurn = std::max(deepestTurn, ++turns);
+    QuorGlibScriptor referenced;
+    std::string chunk = "drawing.draw()";
+    static_cast<void>(referenced.loadBuffer(bufferOf(chunk), 100, false));
+    --turns;
+    return 0;
+}
+
+TEST(NativeStack, SufficesForAScriptorMadeAtEachCall)
+{
+    static constexpr luaL_Reg host[] = {{"draw", drawInNewScriptor}, {nullptr, nullptr}};
+    lua_tinker::set_error_outlet([](const char*, std::size_t, void*) {}, nullptr);
+    quorlua::addRegLuaModule("drawing", host);
+    for (const std::size_t kilobytes : {recursionStacks[0], stacks[1]}) {
+        turns = deepestTurn = 0;
+        EXPECT_EQ(statusOn(kilobytes, "drawing.draw()"), GlibStatus::Ok) << kilobytes;
+        EXPECT_GT(deepestTurn, 5) << kilobytes;
+    }
+    lua_tinker::set_error_outlet(nullptr, nullptr);
 }
 
 /// As a host's own `print` may be.

@@ -273,6 +273,19 @@ TEST(TimeLimit, IsLookedAtWhenMuchMemoryIsWanted)
     EXPECT_EQ(luatext::shown(scriptor.getLua(false), "got"), "nil");
 }
 
+TEST(TimeLimit, EndsTheReadingOfNotesWhoseTextsAreLong)
+{
+    const Limited limited(0.1);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(runChunk(scriptor, "local long = {('k'):rep(400000), 5}\n"
+                                 "notes = {} for i = 1, 2000 do notes['n' .. i] = long end"),
+              GlibStatus::Ok);
+    std::vector<KVParams> notes;
+    EXPECT_EQ(scriptor.getParams_note("notes", notes), GlibStatus::ScriptFailed);
+    EXPECT_EQ(quorlua::takeLimitReached(), quorlua::LimitReached::Time);
+    EXPECT_LT(notes.size(), 2000u);
+}
+
 TEST(TimeLimit, EndsTheReadingOfAnAnswer)
 {
     const Reports reports;
@@ -498,6 +511,24 @@ TEST(MemoryLimit, IsExactToTheRequest)
     EXPECT_EQ(scriptor.callSeg("little"), GlibStatus::Ok);
     EXPECT_EQ(scriptor.callSeg("much"), GlibStatus::ScriptFailed);
     EXPECT_EQ(scriptor.callSeg("little"), GlibStatus::Ok);
+}
+
+TEST(MemoryLimit, ThatLeavesNoStateIsNotTakenForAnUnchangedFile)
+{
+    // Archives and builds that are to be repeatable date files in the first seconds of the clock.
+    constexpr long long oldest = 2;
+    ScriptFolder folder;
+    const std::string path = folder.write("a.lua", "a = 1", 1000);
+    QuorGlibScriptor scriptor;
+    ASSERT_EQ(scriptor.loadFile(path.c_str(), false), GlibStatus::Ok);
+    folder.write("a.lua", "a = 1", oldest);
+    {
+        const Limited limited(0, 1000);
+        EXPECT_EQ(scriptor.loadFile(path.c_str(), true), GlibStatus::ScriptFailed);
+        EXPECT_EQ(scriptor.getLua(false), nullptr);
+    }
+    EXPECT_EQ(scriptor.loadFile(path.c_str(), true), GlibStatus::Ok);
+    EXPECT_NE(scriptor.getLua(false), nullptr);
 }
 
 #if defined(LUAJIT_VERSION)
