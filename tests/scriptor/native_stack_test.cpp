@@ -270,7 +270,7 @@ TEST(NativeStack, SufficesForScriptorsThatCallEachOther)
 {
     lua_tinker::set_error_outlet([](const char*, std::size_t, void*) {}, nullptr);
     // A pattern that is matched without a look at the stack takes part of the reserve.
-    const char* chunk = "function turn() local x = ('a'):rep(500) x:find(('a?'):rep(500)) host.next() end "
+    const char* chunk = "function turn() local x = ('a'):rep(150) x:find(('a?'):rep(150)) host.next() end "
                         "local turn = turn param = setmetatable({}, {__newindex = function() turn() end})";
     for (const Asked how : {Asked::Segment, Asked::Primitives, Asked::Parameters, Asked::Buffer})
         for (const std::size_t scriptors : {2, 8})
